@@ -1,0 +1,306 @@
+// The reference system: Animatable (sub-anims, flags, property lists, custom attributes, interfaces),
+// ReferenceMaker (numbered references to targets) and ReferenceTarget (dependents, messages, cloning, deletion).
+// References are kept both ways: the maker's slots and the target's list of dependents.
+#pragma once
+
+#include "bitarray.h"
+#include "classids.h"
+#include "geom.h"
+#include "strclass.h"
+#include "tab.h"
+
+#include <vector>
+
+class ReferenceMaker;
+class ReferenceTarget;
+class RemapDir;
+class ISave;
+class ILoad;
+class IParamBlock2;
+class BaseInterface;
+class ICustAttribContainer;
+class IObjParam;
+using RefTargetHandle = ReferenceTarget*;
+using RefMakerHandle = ReferenceMaker*;
+
+// Reference messages the host itself sends.
+#define REFMSG_TARGET_DELETED 0x00000020
+#define REFMSG_CHANGE 0x00000050
+#define REFMSG_SUBANIM_STRUCTURE_CHANGED 0x00000102
+#define REFMSG_GET_NODE_HANDLE 0x00000220
+#define REFMSG_USER 0x00010000
+
+#define PART_ALL 0xFFFFFFFF
+#define NOTIFY_ALL 0xFFFFFFF0
+
+// Flag bits of Animatable's flag word. The work bits are left to plug-ins; the host never sets them.
+#define A_WORK1 0x00001000
+#define A_WORK2 0x00002000
+#define A_WORK3 0x00004000
+#define A_WORK4 0x00008000
+#define A_PLUGIN1 0x00100000
+#define A_PLUGIN2 0x00200000
+#define A_PLUGIN3 0x00400000
+#define A_PLUGIN4 0x00800000
+#define A_LOCK_TARGET 0x08000000  // a locked target never deletes itself automatically
+#define A_IS_DELETED 0x40000000   // set by the host while a target is being deleted
+
+// An item of an animatable's property list. Items marked "do not delete" are only unlinked, never deleted,
+// when they are removed or when their animatable dies.
+class AnimProperty {
+public:
+    virtual ~AnimProperty() = default;
+    virtual DWORD ID() = 0;
+    virtual BOOL DontDelete() { return FALSE; }
+};
+
+class AnimPropertyList : public Tab<AnimProperty*> {
+public:
+    // Index of the first item with this id at or after start, -1 when none.
+    int FindProperty(DWORD id, int start = 0);
+};
+
+class Animatable {
+public:
+    Animatable();
+    Animatable(const Animatable&) = delete;
+    Animatable& operator=(const Animatable&) = delete;
+    virtual ~Animatable();
+    virtual void DeleteThis() { delete this; }
+
+    // Identity.
+    virtual Class_ID ClassID() { return Class_ID(0, 0); }
+    virtual SClass_ID SuperClassID() { return 0; }
+    virtual void GetClassName(MSTR& s, bool localized = true) const;
+    MSTR ClassName() const { MSTR s; GetClassName(s); return s; }
+    virtual bool IsRefMaker() { return false; }
+    virtual bool IsRefTarget() { return false; }
+
+    // A number that identifies this object while the program runs; never reused.
+    static AnimHandle GetHandleByAnim(const Animatable* anim);
+    static Animatable* GetAnimByHandle(AnimHandle handle);
+
+    // Sub-animatables.
+    virtual int NumSubs() { return 0; }
+    virtual Animatable* SubAnim(int i) { return nullptr; }
+    virtual MSTR SubAnimName(int i, bool localized = true) { return MSTR(); }
+    virtual int SubNumToRefNum(int subNum) { return -1; }
+    virtual BOOL CanAssignController(int subAnim) { return FALSE; }
+    virtual BOOL AssignController(Animatable* control, int subAnim) { return FALSE; }
+    virtual BOOL CanDeleteSubAnim(int i) { return FALSE; }
+    virtual void DeleteSubAnim(int i) {}
+    virtual int NumParamBlocks() { return 0; }
+    virtual IParamBlock2* GetParamBlock(int i) { return nullptr; }
+    virtual IParamBlock2* GetParamBlockByID(short id) { return nullptr; }
+    virtual BOOL CanCopyAnim() { return TRUE; }
+    virtual BOOL IsAnimated() { return FALSE; }
+
+    // Interfaces by number and by identifier.
+    virtual void* GetInterface(ULONG id) { return nullptr; }
+    virtual BaseInterface* GetInterface(Interface_ID id) { return nullptr; }
+
+    // Host properties by id: the base takes none.
+    virtual int SetProperty(ULONG id, void* data) { return 0; }
+    virtual void* GetProperty(ULONG id) { return nullptr; }
+
+    // Editing in the command panel.
+    virtual void BeginEditParams(IObjParam* ip, ULONG flags, Animatable* prev) {}
+    virtual void EndEditParams(IObjParam* ip, ULONG flags, Animatable* next) {}
+
+    // Flag word.
+    void SetAFlag(DWORD mask) { aflag |= mask; }
+    void ClearAFlag(DWORD mask) { aflag &= ~mask; }
+    BOOL TestAFlag(DWORD mask) const { return (aflag & mask) ? TRUE : FALSE; }
+
+    // Property list.
+    AnimPropertyList aprops;
+    AnimProperty* GetAProp(DWORD id);
+    int AddAProp(AnimProperty* ap);
+    // Unlinks the item; deletes it unless it is marked "do not delete".
+    BOOL RemoveAProp(AnimProperty* ap);
+    BOOL DeleteAProp(DWORD id);
+
+    // Custom attributes: every animatable can carry a container, made on demand.
+    ICustAttribContainer* GetCustAttribContainer() { return cc; }
+    void AllocCustAttribContainer();
+    void DeleteCustAttribContainer();
+    // Used by the scene reader to attach a loaded container.
+    void SetCustAttribContainer(ICustAttribContainer* container);
+
+protected:
+    DWORD aflag = 0;
+    ICustAttribContainer* cc = nullptr;
+
+private:
+    AnimHandle handle_;
+};
+
+class ReferenceMaker : public Animatable {
+public:
+    ~ReferenceMaker() override;
+    bool IsRefMaker() override { return true; }
+
+    // The numbered references; subclasses keep the slots.
+    virtual int NumRefs() { return 0; }
+    virtual RefTargetHandle GetReference(int i) { return nullptr; }
+    virtual void SetReference(int i, RefTargetHandle rtarg) {}
+
+    // Sets reference i with the dependency bookkeeping; undoable while the hold is holding.
+    // A replaced target that nothing needs any more deletes itself when delOld is set.
+    RefResult ReplaceReference(int which, RefTargetHandle newtarg, BOOL delOld = TRUE);
+    RefResult DeleteReference(int which, BOOL delOld = TRUE);
+    RefResult DeleteAllRefsFromMe();
+    virtual RefResult DeleteAllRefs() { return DeleteAllRefsFromMe(); }
+    // Index of the first reference to rtarg, -1 when none.
+    int FindRef(RefTargetHandle rtarg);
+
+    // Receives a message sent by (or passed on through) the target hTarget. Answer REF_STOP to keep the
+    // message from travelling on to this maker's own dependents.
+    virtual RefResult NotifyRefChanged(const Interval& changeInt, RefTargetHandle hTarget, PartID& partID,
+                                       RefMessage message, BOOL propagate) {
+        return REF_SUCCEED;
+    }
+
+    // A reference that is no real dependency is weak: it keeps nothing alive and a scene save writes it
+    // only when its target is written through a real reference anyway.
+    virtual BOOL IsRealDependency(ReferenceTarget* rtarg) { return TRUE; }
+    // Whether reference i may be moved to another target by a reference transfer.
+    virtual BOOL CanTransferReference(int i) { return TRUE; }
+
+    virtual IOResult Save(ISave* isave) { return IO_OK; }
+    virtual IOResult Load(ILoad* iload) { return IO_OK; }
+
+    // Host bookkeeping of the targets held (one entry per reference); not for plug-ins.
+    const std::vector<ReferenceTarget*>& HeldTargets() const { return held_; }
+
+private:
+    friend class ReferenceTarget;
+    friend struct RefBookkeeping;
+    std::vector<ReferenceTarget*> held_;
+};
+
+class DependentEnumProc {
+public:
+    enum { DEP_ENUM_CONTINUE = 0, DEP_ENUM_HALT = 1, DEP_ENUM_SKIP = 2 };
+    virtual ~DependentEnumProc() = default;
+    // Called for each dependent: continue (also visit its dependents), skip (not its dependents) or halt.
+    virtual int proc(ReferenceMaker* rmaker) = 0;
+    // True when rmaker was visited before in this enumeration (and marks it visited).
+    bool Visited(ReferenceMaker* rmaker);
+
+private:
+    std::vector<ReferenceMaker*> visited_;
+};
+#define DEP_ENUM_CONTINUE 0
+#define DEP_ENUM_HALT 1
+#define DEP_ENUM_SKIP 2
+
+class ReferenceTarget : public ReferenceMaker {
+public:
+    ~ReferenceTarget() override;
+    bool IsRefTarget() override { return true; }
+    SClass_ID SuperClassID() override { return REF_TARGET_CLASS_ID; }
+
+    // Cloning: make the new object, then call BaseClone(this, clone, remap).
+    virtual RefTargetHandle Clone(RemapDir& remap) { return nullptr; }
+    virtual void BaseClone(ReferenceTarget* from, ReferenceTarget* to, RemapDir& remap);
+
+    // Sends a message to every dependent (of superclass sclass unless NOTIFY_ALL). A dependent that does
+    // not answer REF_STOP passes it on to its own dependents, with itself as the changed target. The same
+    // part identifier travels by reference, so a receiver can write an answer into it.
+    RefResult NotifyDependents(const Interval& changeInt, PartID partID, RefMessage message,
+                               SClass_ID sclass = NOTIFY_ALL, BOOL propagate = TRUE, RefTargetHandle hTarg = nullptr);
+    // Walks the dependents, and their dependents unless the procedure answers skip; 1 when halted.
+    int DoEnumDependents(DependentEnumProc* dep);
+
+    // Moves every transferable reference to oldTarget over to this target.
+    RefResult TransferReferences(RefTargetHandle oldTarget, BOOL delOld = FALSE);
+    // Tells the dependents that this target is deleted, clears their references to it, drops its own
+    // references and deletes it.
+    RefResult DeleteMe();
+    // Deletes this target when no dependent really depends on it, it is not locked and no undo record pins it.
+    virtual RefResult MaybeAutoDelete();
+    RefResult DeleteAllRefsToMe();
+
+    // Direct dependents, one entry per reference (a maker holding two references appears twice).
+    const std::vector<ReferenceMaker*>& Dependents() const { return deps_; }
+    bool HasDependents() const { return !deps_.empty(); }
+    bool HasRealDependents();
+
+    // Host use: undo records pin the targets they may restore so that they outlive their last reference.
+    void PinForUndo() { ++pins_; }
+    void UnpinForUndo();
+
+private:
+    friend struct RefBookkeeping;
+    std::vector<ReferenceMaker*> deps_;
+    int pins_ = 0;
+};
+
+// Walks the direct dependents of a target over a snapshot taken at construction; makers that stop being
+// dependents during the walk are skipped.
+class DependentIterator {
+public:
+    explicit DependentIterator(ReferenceTarget* target);
+    ReferenceMaker* Next();
+    void Reset() { pos_ = 0; }
+
+private:
+    ReferenceTarget* target_;
+    std::vector<ReferenceMaker*> snapshot_;
+    std::size_t pos_ = 0;
+};
+
+// Switches reference messages off and on for the whole host (nested).
+void DisableRefMsgs();
+void EnableRefMsgs();
+bool RefMsgsEnabled();
+
+class PostPatchProc {
+public:
+    virtual ~PostPatchProc() = default;
+    virtual int Proc(RemapDir& remap) = 0;
+};
+
+// Remembers, within one clone operation, the clone of every original, so each is cloned once.
+class RemapDir {
+public:
+    virtual ~RemapDir() = default;
+    virtual RefTargetHandle FindMapping(RefTargetHandle from) = 0;
+    // The clone of oldTarg in this operation, made on first request.
+    virtual RefTargetHandle CloneRef(RefTargetHandle oldTarg) = 0;
+    template <class T> T* CloneRef(T* oldTarg) {
+        return static_cast<T*>(CloneRef(static_cast<RefTargetHandle>(oldTarg)));
+    }
+    virtual void AddEntry(RefTargetHandle hfrom, RefTargetHandle hto) = 0;
+    // Sets *patchThis to the clone of oldTarg once the operation ends (or to oldTarg when it was not cloned).
+    virtual void PatchPointer(RefTargetHandle* patchThis, RefTargetHandle oldTarg) = 0;
+    virtual void AddPostPatchProc(PostPatchProc* proc, bool toDelete) = 0;
+    // Runs the pointer patches and the post-patch procedures; DeleteThis does it when not done yet.
+    virtual void Backpatch() = 0;
+    virtual void Clear() = 0;
+    virtual void DeleteThis() = 0;
+};
+RemapDir& NewRemapDir(BOOL use_A_WORK2_flag = FALSE);
+// Clones a target and everything it references in one operation.
+RefTargetHandle CloneRefHierarchy(RefTargetHandle target);
+
+// A custom attribute: a reference target carried in an animatable's container.
+class CustAttrib : public ReferenceTarget {
+public:
+    SClass_ID SuperClassID() override { return CUST_ATTRIB_CLASS_ID; }
+    virtual const MCHAR* GetName(bool localized = true) { return L""; }
+};
+
+// The custom-attribute container of an animatable: its references and sub-anims are its attributes.
+// Adding or removing an attribute makes the owner tell its dependents that its structure changed (258).
+class ICustAttribContainer : public ReferenceTarget {
+public:
+    virtual int GetNumCustAttribs() = 0;
+    virtual CustAttrib* GetCustAttrib(int i) = 0;
+    virtual void AppendCustAttrib(CustAttrib* attribute) = 0;
+    virtual void InsertCustAttrib(int i, CustAttrib* attribute) = 0;
+    virtual void RemoveCustAttrib(int i) = 0;
+    virtual Animatable* GetOwner() = 0;
+    virtual void SetOwner(Animatable* owner) = 0;
+};
