@@ -2,10 +2,16 @@
 #include "commands.h"
 #include "core/class_directory.h"
 #include "core/plugin_manager.h"
+#include "platform/host_dirs.h"
+#include "platform/listener_capture.h"
+#include "platform/session.h"
 
 namespace maxhost {
 
 void StartHost(const Options& opts) {
+    if (!opts.iniFile.empty()) hostrt::SetIniPath(opts.iniFile);
+    hostrt::Session::Instance().SetQuiet(opts.quiet);
+    hostrt::Listener::Instance().SetEcho(true);
     hostrt::RegisterBuiltinClasses();
     auto& pm = hostrt::PluginManager::Instance();
     pm.LoadFolder(opts.pluginDir.empty() ? hostrt::DefaultPluginFolder() : std::filesystem::path(opts.pluginDir));

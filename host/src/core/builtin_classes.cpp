@@ -1,5 +1,6 @@
 // Registers the host's own classes in the class directory, so scene files that hold them can be read back.
 #include "class_directory.h"
+#include "paramblock_classes.h"
 
 namespace hostrt {
 
@@ -10,6 +11,7 @@ void RegisterBuiltinClasses() {
     if (done) return;
     done = true;
     RegisterCustAttribContainerClass();
+    RegisterParamBlockClasses();
 }
 
 }  // namespace hostrt

@@ -309,7 +309,7 @@ RefResult ReferenceTarget::DeleteMe() {
     if (TestAFlag(A_IS_DELETED)) return REF_SUCCEED;
     SetAFlag(A_IS_DELETED);
     theHold.Suspend();
-    NotifyDependents(FOREVER, PART_ALL, REFMSG_TARGET_DELETED);
+    NotifyDependents(FOREVER, PART_ALL, REFMSG_TARGET_DELETED, NOTIFY_ALL, FALSE);  // only the direct dependents
     DeleteAllRefsToMe();
     DeleteAllRefsFromMe();
     theHold.Resume();

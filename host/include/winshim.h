@@ -1,0 +1,160 @@
+// The Windows calls a plug-in makes, answered by the host: message boxes and beeps, fake top-level windows,
+// cursors, file times, temporary folder and path splitting. Paths may use '/' or '\' as separators.
+#pragma once
+
+#include "maxtypes.h"
+
+using HANDLE = void*;
+using LPCWSTR = const wchar_t*;
+using LPWSTR = wchar_t*;
+using LPCSTR = const char*;
+using errno_t = int;
+
+struct SECURITY_ATTRIBUTES {
+    DWORD nLength = 0;
+    void* lpSecurityDescriptor = nullptr;
+    BOOL bInheritHandle = FALSE;
+};
+using LPSECURITY_ATTRIBUTES = SECURITY_ATTRIBUTES*;
+
+// ---------------------------------------------------------------- errors of the last call (per thread)
+#define ERROR_SUCCESS 0
+#define ERROR_FILE_NOT_FOUND 2
+#define ERROR_PATH_NOT_FOUND 3
+#define ERROR_ACCESS_DENIED 5
+#define ERROR_INVALID_HANDLE 6
+#define ERROR_NOT_SUPPORTED 50
+#define ERROR_FILE_EXISTS 80
+#define ERROR_INVALID_PARAMETER 87
+#define ERROR_INSUFFICIENT_BUFFER 122
+#define ERROR_ALREADY_EXISTS 183
+#define ERROR_INVALID_WINDOW_HANDLE 1400
+#define ERROR_RESOURCE_NAME_NOT_FOUND 1814
+DWORD GetLastError();
+void SetLastError(DWORD code);
+
+// ---------------------------------------------------------------- message boxes and beeps
+// Buttons (low nibble), icon (second nibble), default button (third nibble).
+#define MB_OK 0x00000000u
+#define MB_OKCANCEL 0x00000001u
+#define MB_ABORTRETRYIGNORE 0x00000002u
+#define MB_YESNOCANCEL 0x00000003u
+#define MB_YESNO 0x00000004u
+#define MB_RETRYCANCEL 0x00000005u
+#define MB_CANCELTRYCONTINUE 0x00000006u
+#define MB_TYPEMASK 0x0000000Fu
+#define MB_ICONHAND 0x00000010u
+#define MB_ICONQUESTION 0x00000020u
+#define MB_ICONEXCLAMATION 0x00000030u
+#define MB_ICONASTERISK 0x00000040u
+#define MB_ICONERROR MB_ICONHAND
+#define MB_ICONSTOP MB_ICONHAND
+#define MB_ICONWARNING MB_ICONEXCLAMATION
+#define MB_ICONINFORMATION MB_ICONASTERISK
+#define MB_ICONMASK 0x000000F0u
+#define MB_DEFBUTTON1 0x00000000u
+#define MB_DEFBUTTON2 0x00000100u
+#define MB_DEFBUTTON3 0x00000200u
+#define MB_DEFBUTTON4 0x00000300u
+#define MB_DEFMASK 0x00000F00u
+#define MB_APPLMODAL 0x00000000u
+#define MB_SYSTEMMODAL 0x00001000u
+#define MB_TASKMODAL 0x00002000u
+#define MB_HELP 0x00004000u
+#define MB_SETFOREGROUND 0x00010000u
+#define MB_TOPMOST 0x00040000u
+
+// Answers of a message box.
+#define IDOK 1
+#define IDCANCEL 2
+#define IDABORT 3
+#define IDRETRY 4
+#define IDIGNORE 5
+#define IDYES 6
+#define IDNO 7
+#define IDCLOSE 8
+#define IDHELP 9
+#define IDTRYAGAIN 10
+#define IDCONTINUE 11
+
+// Shows (or, headless, records and answers) a message box; see hostrt::DialogService.
+int MessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type);
+#define MessageBox MessageBoxW
+// Records a beep of the given kind (MB_ICONxxx, MB_OK or 0xFFFFFFFF); always succeeds.
+BOOL MessageBeep(UINT type);
+
+// ---------------------------------------------------------------- top-level windows
+// Finds a top-level window by class and/or title (null matches any); null when none.
+HWND FindWindowW(LPCWSTR className, LPCWSTR windowName);
+#define FindWindow FindWindowW
+BOOL DestroyWindow(HWND hwnd);
+BOOL IsWindow(HWND hwnd);
+
+// ---------------------------------------------------------------- cursors
+#define MAKEINTRESOURCEW(i) ((LPWSTR)((ULONG_PTR)((WORD)(i))))
+#define MAKEINTRESOURCE MAKEINTRESOURCEW
+#define IS_INTRESOURCE(r) ((((ULONG_PTR)(r)) >> 16) == 0)
+#define IDC_ARROW MAKEINTRESOURCEW(32512)
+#define IDC_IBEAM MAKEINTRESOURCEW(32513)
+#define IDC_WAIT MAKEINTRESOURCEW(32514)
+#define IDC_CROSS MAKEINTRESOURCEW(32515)
+#define IDC_UPARROW MAKEINTRESOURCEW(32516)
+#define IDC_SIZENWSE MAKEINTRESOURCEW(32642)
+#define IDC_SIZENESW MAKEINTRESOURCEW(32643)
+#define IDC_SIZEWE MAKEINTRESOURCEW(32644)
+#define IDC_SIZENS MAKEINTRESOURCEW(32645)
+#define IDC_SIZEALL MAKEINTRESOURCEW(32646)
+#define IDC_NO MAKEINTRESOURCEW(32648)
+#define IDC_HAND MAKEINTRESOURCEW(32649)
+#define IDC_APPSTARTING MAKEINTRESOURCEW(32650)
+// Standard cursors only (instance null); null for anything else.
+HCURSOR LoadCursorW(HINSTANCE instance, LPCWSTR name);
+#define LoadCursor LoadCursorW
+// Makes cursor the current one and answers the previous one.
+HCURSOR SetCursor(HCURSOR cursor);
+HCURSOR GetCursor();
+
+// ---------------------------------------------------------------- files and folders
+using LONG_PTR = std::intptr_t;
+#define INVALID_HANDLE_VALUE ((HANDLE)(LONG_PTR)-1)
+#define GENERIC_READ 0x80000000u
+#define GENERIC_WRITE 0x40000000u
+#define FILE_SHARE_READ 0x00000001u
+#define FILE_SHARE_WRITE 0x00000002u
+#define FILE_SHARE_DELETE 0x00000004u
+#define CREATE_NEW 1
+#define CREATE_ALWAYS 2
+#define OPEN_EXISTING 3
+#define OPEN_ALWAYS 4
+#define TRUNCATE_EXISTING 5
+#define FILE_ATTRIBUTE_NORMAL 0x00000080u
+#define FILE_FLAG_BACKUP_SEMANTICS 0x02000000u
+#define MAX_PATH 260
+
+// Opens a file (a folder only with FILE_FLAG_BACKUP_SEMANTICS) for its metadata; INVALID_HANDLE_VALUE and
+// GetLastError() on failure. The creating dispositions create or truncate the file as Windows does.
+HANDLE CreateFileW(LPCWSTR fileName, DWORD access, DWORD shareMode, LPSECURITY_ATTRIBUTES security,
+                   DWORD disposition, DWORD flagsAndAttributes, HANDLE templateFile);
+#define CreateFile CreateFileW
+BOOL CloseHandle(HANDLE handle);
+// Times of an open file in 100 ns units since 1601 (UTC); any pointer may be null. On failure the
+// requested times are zero and the answer is FALSE.
+BOOL GetFileTime(HANDLE file, FILETIME* creation, FILETIME* lastAccess, FILETIME* lastWrite);
+// -1, 0 or 1 as first is earlier than, equal to or later than second.
+LONG CompareFileTime(const FILETIME* first, const FILETIME* second);
+// Whether a file or folder exists.
+BOOL PathFileExistsW(LPCWSTR path);
+#define PathFileExists PathFileExistsW
+// The system temporary folder with a trailing separator. Answers its length when it fits in bufferLength
+// characters (with the terminating zero), else the length it needs including the zero; 0 on failure.
+DWORD GetTempPathW(DWORD bufferLength, LPWSTR buffer);
+#define GetTempPath GetTempPathW
+
+// Splits a path into drive ("C:"), folder (with its trailing separator), file name and extension (from the
+// last '.', dot included); any output may be null with a size of 0. 0, EINVAL or ERANGE as the C library.
+errno_t _wsplitpath_s(const wchar_t* path, wchar_t* drive, std::size_t driveSize, wchar_t* dir, std::size_t dirSize,
+                      wchar_t* fname, std::size_t fnameSize, wchar_t* ext, std::size_t extSize);
+
+// ---------------------------------------------------------------- libraries
+// Nothing to switch off on this platform; answers TRUE.
+BOOL DisableThreadLibraryCalls(HMODULE module);
