@@ -20,4 +20,10 @@ void StopHost();
 int ListPlugins(std::FILE* out);
 int RunDemo(std::FILE* out);
 
+// MAXScript: run a script file or a text headless (the listener on standard output, an uncaught error on
+// standard error; 1 after an error or a failed assertion), or read and run lines from in as a listener.
+int RunScriptFile(const std::string& path);
+int EvalText(const std::string& text);
+int RunListener(std::FILE* in);
+
 }  // namespace maxhost

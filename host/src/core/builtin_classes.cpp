@@ -1,6 +1,7 @@
 // Registers the host's own classes in the class directory, so scene files that hold them can be read back.
 #include "class_directory.h"
 #include "paramblock_classes.h"
+#include "scene/scene.h"
 
 namespace hostrt {
 
@@ -12,6 +13,7 @@ void RegisterBuiltinClasses() {
     done = true;
     RegisterCustAttribContainerClass();
     RegisterParamBlockClasses();
+    RegisterSceneClasses();
 }
 
 }  // namespace hostrt

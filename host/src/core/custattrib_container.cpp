@@ -36,7 +36,9 @@ public:
     int NumRefs() override { return attribs_.Count(); }
     RefTargetHandle GetReference(int i) override { return GetCustAttrib(i); }
     void SetReference(int i, RefTargetHandle t) override {
-        if (i >= 0 && i < attribs_.Count()) attribs_[i] = static_cast<CustAttrib*>(t);
+        if (i < 0 || i >= attribs_.Count()) return;
+        // Only custom attributes belong here; anything else (a damaged file) leaves the slot empty.
+        attribs_[i] = t && t->SuperClassID() == CUST_ATTRIB_CLASS_ID ? static_cast<CustAttrib*>(t) : nullptr;
     }
     int NumSubs() override { return attribs_.Count(); }
     Animatable* SubAnim(int i) override { return GetCustAttrib(i); }

@@ -1,0 +1,36 @@
+// The built-in functions and classes of MAXScript that need no scene, registered by theme, and the small
+// helpers the built-ins share.
+#pragma once
+
+#include "maxscript/registry.h"
+#include "maxscript/value.h"
+
+#include <string>
+
+namespace hostrt::mxs {
+
+// Registers every built-in (once; later calls do nothing).
+void RegisterBuiltins();
+
+void RegisterCoreBuiltins();    // print, format, classOf, superClassOf, isKindOf, throw, execute, copy, classes
+void RegisterStringBuiltins();  // findString, substring, filterString, toUpper, toLower, matchPattern...
+void RegisterArrayBuiltins();   // append, deleteItem, findItem, join, sort, insertItem
+void RegisterMathBuiltins();    // abs, amax, amin, random, seed, timeStamp...
+void RegisterFileBuiltins();    // INI settings, file names, getDir
+void RegisterAssertBuiltins();  // assert_true, assert_equal...
+
+// The class value of v and the name of a class's superclass chain membership.
+Value ClassOf(const Value& v);
+Value SuperClassOf(const Value& classOrValue);
+bool IsKindOf(const Value& v, const Value& cls);
+// The class of a registered class descriptor of this name (the host's and the plug-ins' classes), made a
+// script class on first use; nullopt when no descriptor has that name.
+std::optional<Value> FindDescriptorClass(const std::wstring& name);
+
+// Writes text to the listener as it is.
+void ListenerWrite(const std::wstring& text);
+
+// Whether text matches a pattern with '*' (any run) and '?' (any one character).
+bool WildcardMatch(std::wstring_view text, std::wstring_view pattern, bool ignoreCase = true);
+
+}  // namespace hostrt::mxs

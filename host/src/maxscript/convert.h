@@ -1,0 +1,28 @@
+// Conversions between values: what a function expecting a number, a string or a boolean accepts, and the
+// `as` operator (`"12" as integer`, `5 as string`, `"abc" as integer` → undefined).
+#pragma once
+
+#include "maxscript/value.h"
+
+#include <string>
+
+namespace hostrt::mxs {
+
+// Each throws the MAXScript conversion error ("Unable to convert: x to type: Integer") when it cannot.
+bool ToBool(const Value& v);
+int ToInt(const Value& v);
+float ToFloat(const Value& v);
+// Strings and names.
+std::wstring ToText(const Value& v);
+Point3 ToPoint3(const Value& v);
+// A time: integers and floats count frames.
+TimeValue ToTime(const Value& v);
+
+// Parses numeric text as MAXScript numbers are written (blanks around, a sign, decimals, exponent);
+// nullopt when the text is not a number.
+std::optional<double> ParseNumber(const std::wstring& text);
+
+// `v as cls`; cls is a class value.
+Value ConvertAs(CallContext& ctx, const Value& v, const Value& cls);
+
+}  // namespace hostrt::mxs

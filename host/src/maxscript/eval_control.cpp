@@ -1,0 +1,272 @@
+// Evaluation of the control forms: if, loops, case, try, function definitions, declarations, contexts
+// (undo, animate, at time) and max commands.
+#include "maxscript/evaluator.h"
+
+#include "hold.h"
+#include "maxscript/convert.h"
+#include "maxscript/print.h"
+#include "maxscript/registry.h"
+
+#include <cmath>
+
+namespace hostrt::mxs {
+
+using namespace ast;
+
+namespace {
+
+// Runs one turn of a loop body; answers false when the loop must stop (exit).
+bool RunBody(Interpreter& in, const Node& body, const Evaluator::ScopePtr& scope, Value& last, Value& exitValue,
+             bool& exited) {
+    try {
+        last = in.Eval(body, scope);
+    } catch (ContinueSignal&) {
+        last = Value();
+    } catch (ExitSignal& e) {
+        exitValue = e.value;
+        exited = true;
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+Value Evaluator::If(Interpreter& in, const ast::If& n, const ScopePtr& scope) {
+    if (ToBool(in.Eval(*n.test, scope))) return in.Eval(*n.then, scope);
+    if (n.otherwise) return in.Eval(*n.otherwise, scope);
+    return Value::Undefined();
+}
+
+Value Evaluator::While(Interpreter& in, const ast::While& n, const ScopePtr& scope) {
+    Value last, exitValue;
+    bool exited = false;
+    while (ToBool(in.Eval(*n.test, scope)))
+        if (!RunBody(in, *n.body, scope, last, exitValue, exited)) break;
+    return exited ? exitValue : last;
+}
+
+Value Evaluator::DoWhile(Interpreter& in, const ast::DoWhile& n, const ScopePtr& scope) {
+    Value last, exitValue;
+    bool exited = false;
+    do {
+        if (!RunBody(in, *n.body, scope, last, exitValue, exited)) break;
+    } while (ToBool(in.Eval(*n.test, scope)));
+    return exited ? exitValue : last;
+}
+
+Value Evaluator::For(Interpreter& in, const ast::For& n, const ScopePtr& scope) {
+    auto loop = std::make_shared<Scope>();
+    loop->parent = scope;
+    loop->takesLocals = false;
+    ArrayData collected;
+    Value last, exitValue;
+    bool exited = false;
+
+    // One turn with the loop variable set to v; false when the loop ends.
+    auto turn = [&](const Value& v) -> bool {
+        loop->vars[n.var] = v;
+        if (n.whileTest && !ToBool(in.Eval(*n.whileTest, loop))) return false;
+        if (n.where && !ToBool(in.Eval(*n.where, loop))) return true;
+        if (!RunBody(in, *n.body, loop, last, exitValue, exited)) return false;
+        if (n.collect) collected.push_back(last);
+        return true;
+    };
+
+    if (n.in) {
+        const Value collection = in.Eval(*n.in, scope);
+        for (const Value& item : in.Iterate(collection))
+            if (!turn(item)) break;
+    } else {
+        const Value from = in.Eval(*n.from, scope);
+        const Value to = in.Eval(*n.to, scope);
+        const Value step = n.step ? in.Eval(*n.step, scope) : Value::Int(1);
+        if (from.Is(Kind::Integer) && to.Is(Kind::Integer) && step.Is(Kind::Integer)) {
+            const long long a = from.AsInt(), b = to.AsInt(), s = step.AsInt();
+            if (s == 0) throw RuntimeError(L"for loop step must not be 0");
+            for (long long i = a; s > 0 ? i <= b : i >= b; i += s)
+                if (!turn(Value::Int(int(i)))) break;
+        } else if (from.Is(Kind::Time) || to.Is(Kind::Time)) {
+            const TimeValue a = ToTime(from), b = ToTime(to);
+            const TimeValue s = n.step ? ToTime(step) : GetTicksPerFrame();
+            if (s == 0) throw RuntimeError(L"for loop step must not be 0");
+            for (long long t = a; s > 0 ? t <= b : t >= b; t += s)
+                if (!turn(Value::Time(TimeValue(t)))) break;
+        } else {
+            const double a = ToFloat(from), b = ToFloat(to), s = ToFloat(step);
+            if (s == 0) throw RuntimeError(L"for loop step must not be 0");
+            const long long count = (long long)std::floor((b - a) / s + 1e-6);
+            for (long long k = 0; k <= count; ++k)
+                if (!turn(Value::Float(float(a + double(k) * s)))) break;
+        }
+    }
+    if (exited) return exitValue;
+    return n.collect ? Value::Array(std::move(collected)) : Value::Ok();
+}
+
+Value Evaluator::Case(Interpreter& in, const ast::Case& n, const ScopePtr& scope) {
+    const Value subject = n.subject ? in.Eval(*n.subject, scope) : Value();
+    const ast::Case::Item* fallback = nullptr;
+    for (const ast::Case::Item& item : n.items) {
+        if (!item.label) {
+            fallback = &item;
+            continue;
+        }
+        const Value label = in.Eval(*item.label, scope);
+        const bool match = n.subject ? ValuesEqual(subject, label) : ToBool(label);
+        if (match) return in.Eval(*item.body, scope);
+    }
+    return fallback ? in.Eval(*fallback->body, scope) : Value::Undefined();
+}
+
+Value Evaluator::Try(Interpreter& in, const ast::Try& n, const ScopePtr& scope) {
+    try {
+        return in.Eval(*n.body, scope);
+    } catch (ScriptError& e) {
+        in.caught_.push_back(e);
+    }
+    try {
+        Value v = in.Eval(*n.handler, scope);
+        in.caught_.pop_back();
+        return v;
+    } catch (...) {
+        in.caught_.pop_back();
+        throw;
+    }
+}
+
+Value Evaluator::FnDef(Interpreter& in, const ast::FnDef& n, const ScopePtr& scope) {
+    auto fn = std::make_shared<FunctionData>();
+    fn->name = n.name;
+    fn->program = in.program_;
+    fn->scripted = std::shared_ptr<const ast::FnDef>(in.program_, &n);
+    fn->closure = scope;
+    const Value v = Value::Function(std::move(fn));
+    DefineLocal(in, FoldCase(n.name), v, scope);
+    return v;
+}
+
+Value Evaluator::Decl(Interpreter& in, const ast::Decl& n, const ScopePtr& scope) {
+    Value last;
+    for (const ast::Decl::Item& item : n.items) {
+        if (n.global) {
+            auto it = in.globals_.find(item.name);
+            last = item.init ? in.Eval(*item.init, scope) : (it != in.globals_.end() ? it->second : Value());
+            in.globals_[item.name] = last;
+        } else {
+            last = item.init ? in.Eval(*item.init, scope) : Value();
+            DefineLocal(in, item.name, last, scope);
+        }
+    }
+    return last;
+}
+
+namespace {
+
+// Applies clauses[i..] around the body, undoing each when the body ends (also by an error).
+Value WithClauses(Interpreter& in, const ast::Context& n, std::size_t i, const Evaluator::ScopePtr& scope,
+                  bool& animate, std::optional<TimeValue>& time) {
+    if (i == n.clauses.size()) return in.Eval(*n.body, scope);
+    const ast::Context::Clause& clause = n.clauses[i];
+    const Value value = in.Eval(*clause.value, scope);
+    auto inner = [&]() { return WithClauses(in, n, i + 1, scope, animate, time); };
+
+    if (clause.what == L"undo") {
+        const std::wstring label = clause.label ? DisplayForm(in.Eval(*clause.label, scope)) : L"MAXScript";
+        if (ToBool(value)) {
+            theHold.Begin();
+            Value result;
+            try {
+                result = inner();
+            } catch (...) {
+                // What was done before the error stays done, and undoable.
+                theHold.Accept(label.c_str());
+                throw;
+            }
+            theHold.Accept(label.c_str());
+            return result;
+        }
+        theHold.Suspend();
+        try {
+            Value result = inner();
+            theHold.Resume();
+            return result;
+        } catch (...) {
+            theHold.Resume();
+            throw;
+        }
+    }
+    if (clause.what == L"animate" || clause.what == L"time") {
+        const bool savedAnimate = animate;
+        const std::optional<TimeValue> savedTime = time;
+        if (clause.what == L"animate") animate = ToBool(value);
+        else time = ToTime(value);
+        try {
+            Value result = inner();
+            animate = savedAnimate;
+            time = savedTime;
+            return result;
+        } catch (...) {
+            animate = savedAnimate;
+            time = savedTime;
+            throw;
+        }
+    }
+    // redraw and quiet: accepted, nothing to switch in a host without viewports.
+    ToBool(value);
+    return inner();
+}
+
+}  // namespace
+
+Value Evaluator::Context(Interpreter& in, const ast::Context& n, const ScopePtr& scope) {
+    return WithClauses(in, n, 0, scope, in.animate_, in.time_);
+}
+
+Value Evaluator::MaxCmd(Interpreter& in, const ast::MaxCmd& n, const ScopePtr&) {
+    const auto* run = FindMaxCommand(n.command);
+    if (!run) throw RuntimeError(L"Unknown max command: " + n.command);
+    CallContext ctx{in, n.line, n.column};
+    (*run)(ctx);
+    return Value::Ok();
+}
+
+Value Evaluator::CallScripted(Interpreter& in, const FunctionData& fn, CallArgs& args) {
+    const ast::FnDef& def = *fn.scripted;
+    if (args.positional.size() != def.params.size())
+        throw ArgCountError(def.name, int(def.params.size()), int(args.positional.size()));
+    if (in.depth_ >= 1000) throw RuntimeError(L"Call stack overflow in " + def.name);
+
+    auto local = std::make_shared<Scope>();
+    local->parent = fn.closure;
+    for (std::size_t i = 0; i < def.params.size(); ++i) local->vars[def.params[i]] = args.positional[i];
+
+    struct Frame {
+        Interpreter& in;
+        std::shared_ptr<const ast::Program> saved;
+        Frame(Interpreter& i, std::shared_ptr<const ast::Program> p) : in(i), saved(std::move(in.program_)) {
+            in.program_ = std::move(p);
+            ++in.depth_;
+        }
+        ~Frame() {
+            in.program_ = std::move(saved);
+            --in.depth_;
+        }
+    } frame(in, fn.program);
+
+    for (const ast::FnDef::KeywordParam& kp : def.keywords) {
+        if (const Value* given = args.Keyword(kp.name)) local->vars[kp.name] = *given;
+        else local->vars[kp.name] = kp.defaultValue ? in.Eval(*kp.defaultValue, local) : Value::Unsupplied();
+    }
+    try {
+        return in.Eval(*def.body, local);
+    } catch (ReturnSignal& r) {
+        return r.value;
+    } catch (ExitSignal&) {
+        throw RuntimeError(L"exit used outside a loop in " + def.name);
+    } catch (ContinueSignal&) {
+        throw RuntimeError(L"continue used outside a loop in " + def.name);
+    }
+}
+
+}  // namespace hostrt::mxs

@@ -1,0 +1,49 @@
+// The parts of the tree-walking evaluator: expressions (evaluator.cpp) and control forms (eval_control.cpp).
+// Internal to the interpreter.
+#pragma once
+
+#include "maxscript/interpreter.h"
+
+#include <memory>
+
+namespace hostrt::mxs {
+
+class Evaluator {
+public:
+    using ScopePtr = std::shared_ptr<Scope>;
+
+    static Value Dispatch(Interpreter& in, const ast::Node& node, const ScopePtr& scope);
+
+    // ---- Variables.
+    static Value ReadVar(Interpreter& in, const ast::Var& var, const ScopePtr& scope);
+    // Assigns an existing variable, else makes an implicit local (inside a block or function) or a global.
+    static void WriteVar(Interpreter& in, const std::wstring& key, const std::wstring& name, const Value& v,
+                         const ScopePtr& scope);
+    // Declares a variable in the innermost block or function scope (a global at the top level).
+    static void DefineLocal(Interpreter& in, const std::wstring& key, const Value& v, const ScopePtr& scope);
+    // Stores into an assignable expression (variable, property, index); points and colours are stored back.
+    static void Store(Interpreter& in, const ast::Node& target, const Value& v, const ScopePtr& scope);
+
+    // ---- Expressions (evaluator.cpp).
+    static Value Binary(Interpreter& in, const ast::Binary& n, const ScopePtr& scope);
+    static Value Assign(Interpreter& in, const ast::Assign& n, const ScopePtr& scope);
+    static Value CallNode(Interpreter& in, const ast::Call& n, const ScopePtr& scope);
+    static Value Block(Interpreter& in, const ast::Block& n, const ScopePtr& scope);
+
+    // ---- Control forms (eval_control.cpp).
+    static Value If(Interpreter& in, const ast::If& n, const ScopePtr& scope);
+    static Value While(Interpreter& in, const ast::While& n, const ScopePtr& scope);
+    static Value DoWhile(Interpreter& in, const ast::DoWhile& n, const ScopePtr& scope);
+    static Value For(Interpreter& in, const ast::For& n, const ScopePtr& scope);
+    static Value Case(Interpreter& in, const ast::Case& n, const ScopePtr& scope);
+    static Value Try(Interpreter& in, const ast::Try& n, const ScopePtr& scope);
+    static Value FnDef(Interpreter& in, const ast::FnDef& n, const ScopePtr& scope);
+    static Value Decl(Interpreter& in, const ast::Decl& n, const ScopePtr& scope);
+    static Value Context(Interpreter& in, const ast::Context& n, const ScopePtr& scope);
+    static Value MaxCmd(Interpreter& in, const ast::MaxCmd& n, const ScopePtr& scope);
+
+    // Calls a scripted function (interpreter.cpp calls it for function values with a definition).
+    static Value CallScripted(Interpreter& in, const FunctionData& fn, CallArgs& args);
+};
+
+}  // namespace hostrt::mxs
