@@ -4,11 +4,38 @@
 
 #include "geom.h"
 #include "strclass.h"
+#include "tab.h"
 
 #include <chrono>
 
 class Interface;
 class ReferenceTarget;
+class INode;
+class Object;
+class BaseObject;
+class MtlBase;
+class MtlBaseLib;
+class ILayerManager;
+
+// Clone kinds of Interface::CloneNodes.
+#define NODE_COPY 0
+#define NODE_INSTANCE 1
+#define NODE_REFERENCE 2
+// Merge options of Interface::MergeFromFile: duplicate names, duplicate materials, reparenting.
+#define MERGE_DUPS_PROMPT 0
+#define MERGE_DUPS_MERGE 1
+#define MERGE_DUPS_SKIP 2
+#define MERGE_DUPS_DELOLD 3
+#define MERGE_DUP_MTL_PROMPT 0
+#define MERGE_DUP_MTL_USE_MERGED 1
+#define MERGE_DUP_MTL_USE_SCENE_MTL 2
+#define MERGE_DUP_MTL_RENAME 3
+#define MERGE_REPARENT_PROMPT 0
+#define MERGE_REPARENT_ALWAYS 1
+#define MERGE_REPARENT_NEVER 2
+// Command panel task modes.
+#define TASK_MODE_CREATE 1
+#define TASK_MODE_MODIFY 2
 
 // Host folders answered by Interface::GetDir. Every folder ends with a separator.
 #define APP_MAXROOT_DIR 20  // the installation root: the folder holding the host's bin folder
@@ -70,7 +97,72 @@ public:
     void RegisterRedrawViewsCallback(RedrawViewsCallback* cb);
     void UnRegisterRedrawViewsCallback(RedrawViewsCallback* cb);
 
-    // ---- Scene: nodes, scene root, files (to come).
+    // ---- Scene: nodes. Creation broadcasts 64 and 67; deletion 68 before and 69 after each node.
+    INode* GetRootNode();
+    // A new node under the scene root holding obj, named after the object, on the current layer.
+    INode* CreateObjectNode(Object* obj);
+    INode* GetINodeByHandle(ULONG handle);
+    // The first node of that name in a depth-first walk from the scene root; null when none.
+    INode* GetINodeByName(const MCHAR* name);
+    void DeleteNode(INode* node, BOOL redraw = TRUE, BOOL overrideSlaves = FALSE);
+    // Deletes every node of the table (nodes already gone are skipped); children are re-linked to the root,
+    // keeping their world transforms when keepChildTM is set.
+    void DeleteNodes(INodeTab& nodes, bool keepChildTM = true, bool redraw = true, bool overrideSlaveTM = false);
+    // Clones the nodes (and what they reference) in one remap operation; answers the originals and the clones.
+    bool CloneNodes(INodeTab& nodes, const Point3& offset, bool expandHierarchies = true, int cloneType = NODE_COPY,
+                    INodeTab* resultSource = nullptr, INodeTab* resultTarget = nullptr);
+
+    // ---- Scene: selection (undoable while holding).
+    int GetSelNodeCount();
+    INode* GetSelNode(int i);
+    void ClearNodeSelection(BOOL redraw = TRUE);
+    void SelectNode(INode* node, int clearSel = 1);
+    void SelectNodeTab(INodeTab& nodes, BOOL sel, BOOL redraw = TRUE);
+
+    // ---- Scene: files.
+    // Opens a scene file (9 ... 10); 0 on failure, with the reason in the listener.
+    int LoadFromFile(const MCHAR* name, BOOL refresh = TRUE);
+    // Saves the scene (174, 13 ... 14); 0 on failure.
+    int SaveToFile(const MCHAR* name, BOOL clearNeedSaveFlag = TRUE, BOOL useNewFile = TRUE);
+    // Resets (5 ... 6) or renews (7 ... 8) the scene.
+    void FileReset(BOOL noPrompt = TRUE);
+    void FileNew();
+    // Merges a scene file: its top-level nodes become new last children of the root, duplicate names are kept,
+    // its materials join the scene material library, layers are made or reused by name; 67 per node, 267 at the
+    // end. Answers 0 when the file cannot be read.
+    int MergeFromFile(const MCHAR* name, BOOL mergeAll = FALSE, BOOL selMerged = FALSE, BOOL refresh = TRUE,
+                      int dupAction = MERGE_DUPS_PROMPT, void* mrgList = nullptr, int dupMtlAction = MERGE_DUP_MTL_PROMPT,
+                      int reparentAction = MERGE_REPARENT_PROMPT, BOOL includeFullGroup = FALSE);
+    // Writes a scene file with just these nodes (and what they need); 13 ... 14 around it.
+    int SaveNodes(const INodeTab* nodes, const MCHAR* name);
+    MSTR GetCurFilePath();
+    MSTR GetCurFileName();
+    BOOL IsSaveRequired();
+    void SetSaveRequiredFlag(BOOL required = TRUE);
+
+    // ---- Scene: materials, layers, named selection sets.
+    MtlBaseLib* GetSceneMtls();
+    // The compact material editor's 24 slots.
+    MtlBase* GetMtlSlot(int slot);
+    void PutMtlToMtlEditor(MtlBase* mtl, int slot);
+    ILayerManager* GetLayerManager();
+    int GetNumNamedSelSets();
+    MSTR GetNamedSelSetName(int i);
+    int GetNamedSelSetItemCount(int i);
+    INode* GetNamedSelSetItem(int i, int j);
+    // 184 when made, 185 when removed, 188 when renamed.
+    BOOL AddNewNamedSelSet(INodeTab& nodes, const MSTR& name);
+    BOOL ReplaceNamedSelSet(INodeTab& nodes, const MSTR& name);
+    BOOL RemoveNamedSelSet(const MSTR& name);
+    BOOL SetNamedSelSetName(int i, const MSTR& name);
+
+    // ---- Scene: rendering and the command panel.
+    // Renders the scene: 20 before, 21 after; no image is made.
+    void RenderScene();
+    int GetCommandPanelTaskMode();
+    void SetCommandPanelTaskMode(int mode);
+    BaseObject* GetCurEditObject();
+    void SetCurEditObject(BaseObject* obj);
 
 protected:
     Interface() = default;
