@@ -9,16 +9,6 @@
 
 namespace hostrt {
 
-namespace {
-
-std::string hexId(USHORT id) {
-    char buf[16];
-    std::snprintf(buf, sizeof buf, "0x%04X", unsigned(id));
-    return buf;
-}
-
-}  // namespace
-
 ChunkReader::ChunkReader(const std::uint8_t* data, std::size_t size) : data_(data), size_(data ? size : 0) {
     frames_.push_back(Frame{0, 0, 0, size_, 0, true});
 }
@@ -34,10 +24,10 @@ IOResult ChunkReader::OpenChunk() {
     if (at >= parent.end) return IO_END;
     const bool atTop = frames_.size() == 1;
     if (!parent.container)
-        return error(at, "chunk " + hexId(parent.id) + " holds data, not sub-chunks");
+        return error(at, "chunk " + HexChunkId(parent.id) + " holds data, not sub-chunks");
     if (parent.end - at < ChunkWriter::kHeaderSize) {
         if (atTop) return error(size_, "chunk header cut short", true);
-        return error(at, "chunk header runs past the end of chunk " + hexId(parent.id));
+        return error(at, "chunk header runs past the end of chunk " + HexChunkId(parent.id));
     }
     const USHORT id = USHORT(data_[at] | (data_[at + 1] << 8));
     std::uint32_t field = 0;
@@ -45,11 +35,11 @@ IOResult ChunkReader::OpenChunk() {
     const bool container = (field & ChunkWriter::kContainerBit) != 0;
     const std::size_t length = field & ~ChunkWriter::kContainerBit;
     if (length < ChunkWriter::kHeaderSize)
-        return error(at, "chunk " + hexId(id) + " has length " + std::to_string(length) +
+        return error(at, "chunk " + HexChunkId(id) + " has length " + std::to_string(length) +
                              ", less than its header");
     if (length > parent.end - at) {
-        if (atTop) return error(size_, "chunk " + hexId(id) + " runs past the end of the data", true);
-        return error(at, "chunk " + hexId(id) + " runs past the end of chunk " + hexId(parent.id));
+        if (atTop) return error(size_, "chunk " + HexChunkId(id) + " runs past the end of the data", true);
+        return error(at, "chunk " + HexChunkId(id) + " runs past the end of chunk " + HexChunkId(parent.id));
     }
     frames_.push_back(Frame{id, at, at + ChunkWriter::kHeaderSize, at + length, at + ChunkWriter::kHeaderSize,
                             container});
@@ -88,7 +78,7 @@ IOResult ChunkReader::Read(void* buf, ULONG nbytes, ULONG* nread) {
     if (n < nbytes) {
         const bool atTop = frames_.size() == 1;
         return error(f.cursor, atTop ? "read past the end of the data"
-                                     : "read past the end of chunk " + hexId(f.id), atTop);
+                                     : "read past the end of chunk " + HexChunkId(f.id), atTop);
     }
     return IO_OK;
 }
@@ -97,7 +87,7 @@ IOResult ChunkReader::ReadWStringChunk(MCHAR** buf) {
     if (buf) *buf = nullptr;
     Frame& f = frames_.back();
     const std::size_t n = f.end - f.cursor;
-    if (n % 2 != 0) return error(f.cursor, "string in chunk " + hexId(f.id) + " has an odd number of bytes");
+    if (n % 2 != 0) return error(f.cursor, "string in chunk " + HexChunkId(f.id) + " has an odd number of bytes");
     strings_.push_back(DecodeUtf16LE(data_ + f.cursor, n));
     f.cursor = f.end;
     if (buf) *buf = strings_.back().data();

@@ -8,15 +8,11 @@
 
 namespace hostrt {
 
-namespace {
-
-std::string hexId(USHORT id) {
+std::string HexChunkId(USHORT id) {
     char buf[16];
     std::snprintf(buf, sizeof buf, "0x%04X", unsigned(id));
     return buf;
 }
-
-}  // namespace
 
 void ChunkWriter::fail(std::string what) {
     if (error_.empty()) error_ = std::move(what);
@@ -28,7 +24,7 @@ void ChunkWriter::noteData() {
         return;
     }
     Open& o = open_.back();
-    if (o.hasChildren) fail("chunk " + hexId(o.id) + " got data after sub-chunks");
+    if (o.hasChildren) fail("chunk " + HexChunkId(o.id) + " got data after sub-chunks");
     o.hasData = true;
 }
 
@@ -38,7 +34,7 @@ void ChunkWriter::noteChild() {
         return;
     }
     Open& o = open_.back();
-    if (o.hasData) fail("chunk " + hexId(o.id) + " got a sub-chunk after data");
+    if (o.hasData) fail("chunk " + HexChunkId(o.id) + " got a sub-chunk after data");
     o.hasChildren = true;
 }
 
@@ -58,7 +54,7 @@ void ChunkWriter::EndChunk() {
     open_.pop_back();
     std::size_t length = bytes_.size() - o.headerPos;
     if (length > kMaxChunkLength) {
-        fail("chunk " + hexId(o.id) + " is longer than 2 GiB");
+        fail("chunk " + HexChunkId(o.id) + " is longer than 2 GiB");
         length = kMaxChunkLength;
     }
     std::uint32_t field = std::uint32_t(length) | (o.hasChildren ? kContainerBit : 0u);

@@ -11,6 +11,9 @@
 
 namespace hostrt {
 
+// A chunk id as error messages print it: "0x0027".
+std::string HexChunkId(USHORT id);
+
 class ChunkWriter : public ISave {
 public:
     static constexpr std::size_t kHeaderSize = 6;

@@ -111,6 +111,8 @@ Value ToArray(CallContext& ctx, const Value& v) {
     throw ConversionError(v, L"Array");
 }
 
+}  // namespace
+
 Value ToBitArray(const Value& v) {
     if (v.Is(Kind::BitArray)) return Value::Bits(v.BitsRef());
     if (v.Is(Kind::Array)) {
@@ -125,8 +127,6 @@ Value ToBitArray(const Value& v) {
     }
     throw ConversionError(v, L"BitArray");
 }
-
-}  // namespace
 
 Value ConvertAs(CallContext& ctx, const Value& v, const Value& cls) {
     if (!cls.Is(Kind::Class)) throw TypeError(L"as requires a class, got: " + PrintForm(cls));

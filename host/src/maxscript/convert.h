@@ -17,6 +17,8 @@ std::wstring ToText(const Value& v);
 Point3 ToPoint3(const Value& v);
 // A time: integers and floats count frames.
 TimeValue ToTime(const Value& v);
+// A bit array, or an array of positive integers (1-based bit numbers) made into one.
+Value ToBitArray(const Value& v);
 
 // Parses numeric text as MAXScript numbers are written (blanks around, a sign, decimals, exponent);
 // nullopt when the text is not a number.

@@ -123,18 +123,7 @@ FPValue ToFPValue(const Value& v, int type) {
     case FK::Node: return FPValue(AsNode(v));
     case FK::Ref: return FPValue(ParamType2(plain), AsRefTarget(v));
     case FK::BitArray:
-        if (v.Is(Kind::Array)) {
-            ::BitArray bits;
-            for (const Value& item : v.Items()) {
-                const int i = ToInt(item);
-                if (i < 1) throw RuntimeError(L"BitArray index must be positive number, got: " + PrintForm(item));
-                if (i > bits.GetSize()) bits.SetSize(i, 1);
-                bits.Set(i - 1);
-            }
-            return FPValue(bits);
-        }
-        if (!v.Is(Kind::BitArray)) throw ConversionError(v, L"BitArray");
-        return FPValue(v.BitsRef());
+        return FPValue(ToBitArray(v).BitsRef());
     case FK::String:
     case FK::TStr:
         if (v.Is(Kind::String) || v.Is(Kind::Name)) return FPValue(v.Text().c_str());
