@@ -5,6 +5,8 @@
 
 #include "max.h"
 #include "scene/scene.h"
+#include "scene/scene_item_list.h"
+#include "scene/scene_parts.h"
 
 #include <filesystem>
 
@@ -28,8 +30,20 @@ void printShelf(Shelf* shelf) {
     }
 }
 
+// The demonstration keeps its shelf in a scene part of its own, saved and opened with the scene.
+constexpr auto kDemoItemsRole = static_cast<hostrt::ScenePartRole>(0xDE40);
+hostrt::ItemList* demoItems() {
+    static bool registered = false;
+    if (!registered) {
+        registered = true;
+        hostrt::RegisterScenePart({kDemoItemsRole, [] { return static_cast<ReferenceTarget*>(new hostrt::ItemList()); },
+                                   [](ReferenceTarget*, ReferenceTarget*) {}});
+    }
+    return static_cast<hostrt::ItemList*>(hostrt::ScenePartItem(kDemoItemsRole));
+}
+
 Shelf* findShelf() {
-    hostrt::SceneRoot* root = hostrt::Scene::Instance().Root();
+    hostrt::ItemList* root = demoItems();
     for (int i = 0; i < root->Count(); ++i)
         if (root->Get(i) && root->Get(i)->ClassID() == Shelf::kClassID) return static_cast<Shelf*>(root->Get(i));
     return nullptr;
@@ -44,7 +58,7 @@ int RunDemo(std::FILE* out) {
 
     mprintf(L"-- building a scene\n");
     auto* shelf = static_cast<Shelf*>(CreateInstance(REF_TARGET_CLASS_ID, Shelf::kClassID));
-    scene.Root()->Add(shelf);
+    demoItems()->Add(shelf);
     const MCHAR* labels[] = {L"apples", L"pears", L"plums"};
     for (int i = 0; i < 3; ++i) {
         auto* crate = static_cast<Crate*>(CreateInstance(REF_TARGET_CLASS_ID, Crate::kClassID));
@@ -76,7 +90,7 @@ int RunDemo(std::FILE* out) {
     try {
         scene.SaveScene(path);
         scene.ResetScene();
-        mprintf(L"  after reset the scene holds %d items\n", scene.Root()->Count());
+        mprintf(L"  after reset the scene holds %d items\n", demoItems()->Count());
         scene.OpenScene(path);
     } catch (const MAXException& e) {
         mprintf(L"demo failed: %s\n", e.message.data());

@@ -3,6 +3,7 @@
 // display, render, user and bone properties the user edits. Nodes are made and kept by the scene.
 #pragma once
 
+#include "baseinterface.h"
 #include "control.h"
 #include "geom.h"
 #include "ref.h"
@@ -69,6 +70,93 @@ enum NodeBoneFlag { NODE_BONE_AUTO_ALIGN = 0, NODE_BONE_FREEZE_LENGTH, NODE_BONE
 #define INODE_LOCK_X 0
 #define INODE_LOCK_Y 1
 #define INODE_LOCK_Z 2
+
+// Reference messages a node sends to its dependents (besides those of its object and controllers, which pass
+// through the node with the node as the changed target).
+#ifndef REFMSG_CONTROLREF_CHANGE
+#define REFMSG_CONTROLREF_CHANGE 0x000000FA           // 250: a controller or the object of a slot was replaced
+#endif
+#ifndef REFMSG_NODE_WIRECOLOR_CHANGED
+#define REFMSG_NODE_WIRECOLOR_CHANGED 0x00000210      // 528
+#endif
+#ifndef REFMSG_NODE_MATERIAL_CHANGED
+#define REFMSG_NODE_MATERIAL_CHANGED 0x00000235       // 565
+#endif
+#ifndef REFMSG_NODE_RENDERING_PROP_CHANGED
+#define REFMSG_NODE_RENDERING_PROP_CHANGED 0x00000238  // 568: a render switch
+#endif
+#ifndef REFMSG_NODE_RENDERING_VALUE_CHANGED
+#define REFMSG_NODE_RENDERING_VALUE_CHANGED 0x00000240  // 576: a render value
+#endif
+#ifndef REFMSG_NODE_DISPLAY_PROP_CHANGED
+#define REFMSG_NODE_DISPLAY_PROP_CHANGED 0x00000241   // 577, part: which display property
+#endif
+// Parts of REFMSG_NODE_DISPLAY_PROP_CHANGED: hidden, frozen; 0 for every other display property.
+#define NODE_DISPLAY_PART_HIDDEN 0x1
+#define NODE_DISPLAY_PART_FROZEN 0x2
+
+// Notifications about nodes (BroadcastNotification). Call parameters in brackets.
+#ifndef NOTIFY_NODE_LINKED
+#define NOTIFY_NODE_LINKED 0x0000003B                 // 59: a node got a new parent [the node]
+#endif
+#ifndef NOTIFY_NODE_CREATED
+#define NOTIFY_NODE_CREATED 0x00000040                // 64: a node was made [the node]; also sent on unfreeze
+#endif
+#ifndef NOTIFY_NODE_UNFREEZE
+#define NOTIFY_NODE_UNFREEZE 0x00000040               // 64 [the node]
+#endif
+#ifndef NOTIFY_SCENE_ADDED_NODE
+#define NOTIFY_SCENE_ADDED_NODE 0x00000043            // 67: a node entered the scene (create, clone, merge) [the node]
+#endif
+#ifndef NOTIFY_SCENE_PRE_DELETED_NODE
+#define NOTIFY_SCENE_PRE_DELETED_NODE 0x00000044      // 68: a node is about to be deleted [the node]
+#endif
+#ifndef NOTIFY_SCENE_POST_DELETED_NODE
+#define NOTIFY_SCENE_POST_DELETED_NODE 0x00000045     // 69: a node was deleted [null]
+#endif
+#ifndef NOTIFY_POST_NODE_BONE_PROP_CHANGED
+#define NOTIFY_POST_NODE_BONE_PROP_CHANGED 0x00000082     // 130 [INodeTab*]
+#endif
+#ifndef NOTIFY_POST_NODE_USER_PROP_CHANGED
+#define NOTIFY_POST_NODE_USER_PROP_CHANGED 0x00000084     // 132 [INodeTab*]
+#endif
+#ifndef NOTIFY_NODE_RENAMED
+#define NOTIFY_NODE_RENAMED 0x00000099                    // 153 [NameChange*]
+#endif
+#ifndef NOTIFY_POST_NODE_RENDER_PROP_CHANGED
+#define NOTIFY_POST_NODE_RENDER_PROP_CHANGED 0x000000C5   // 197 [INodeTab*]
+#endif
+#ifndef NOTIFY_POST_NODE_DISPLAY_PROP_CHANGED
+#define NOTIFY_POST_NODE_DISPLAY_PROP_CHANGED 0x000000C7  // 199 [INodeTab*]
+#endif
+#ifndef NOTIFY_NODE_PROPERTY_CHANGED
+#define NOTIFY_NODE_PROPERTY_CHANGED 0x000000D5           // 213 [NodePropertyChange*]
+#endif
+#ifndef NOTIFY_NODE_STRUCTURE_CHANGED
+#define NOTIFY_NODE_STRUCTURE_CHANGED 0x000000D6          // 214 [NodePropertyChange*]
+#endif
+
+class INode;
+
+// Call parameter of NOTIFY_NODE_RENAMED. The texts are valid during the broadcast only.
+struct NameChange {
+    const MCHAR* oldName;
+    const MCHAR* newName;
+    INode* node;
+};
+
+// Call parameter of NOTIFY_NODE_PROPERTY_CHANGED (213: a property without a notification of its own changed)
+// and NOTIFY_NODE_STRUCTURE_CHANGED (214: a controller or the object of the node was replaced; the property id
+// is then NODE_PROP_STRUCTURE).
+struct NodePropertyChange {
+    INode* node;
+    int propertyId;
+};
+#define NODE_PROP_OBJ_OFFSET 1
+#define NODE_PROP_TRANSFORM_LOCKS 2
+#define NODE_PROP_SKIN_POSE 3
+#define NODE_PROP_GROUP 4
+#define NODE_PROP_STRUCTURE 214
 
 class INode : public ReferenceTarget {
 public:
@@ -175,6 +263,20 @@ public:
     virtual void SetGroupHead(BOOL b) = 0;
     virtual void SetGroupMemberOpen(BOOL b) = 0;
     virtual void SetGroupHeadOpen(BOOL b) = 0;
+
+    // Look-at relation: the node this node's transform controller aims at, and the node whose transform
+    // controller aims at this node; null when none.
+    virtual INode* GetTarget() { return nullptr; }
+    virtual INode* GetLookatNode() { return nullptr; }
+
+    // External-scene entries, kept by the scene root (other nodes answer 0, null or FALSE). An entry is made
+    // from an asset name without reading the file, and has a tree root of its own (IsRootNode true) under
+    // which nodes can be attached. Entries are never written by a save.
+    virtual BOOL AddNewXRefFile(const MCHAR* file) { return FALSE; }
+    virtual int GetXRefFileCount() { return 0; }
+    virtual MSTR GetXRefFile(int i) { return MSTR(); }
+    virtual INode* GetXRefTree(int i) { return nullptr; }
+    virtual BOOL DeleteXRefFile(int i) { return FALSE; }
 };
 
 // Nodes of the scene: an interface of scene-wide queries lives on Interface (maxapi.h).
@@ -182,3 +284,51 @@ public:
 #define NODE_RENDERPROPS_INTERFACE Interface_ID(0x3B8525B5, 0x7FD53834)
 #define NODE_EXTENSION1_INTERFACE Interface_ID(0x6B071E99, 0x44EF2511)
 #define NODE_EXTENSION2_INTERFACE Interface_ID(0x6B071E44, 0x44E025F8)
+
+// Extension interfaces of a node, answered by INode::GetInterface(Interface_ID). Their setters send the same
+// messages and notifications as the node's own properties of that kind.
+
+// The skin pose: position, rotation, scale and scale orientation. No message.
+class INodeSkinPose : public BaseInterface {
+public:
+    Interface_ID GetID() override { return INODE_SKINPOSE_INTERFACE; }
+    virtual Point3 GetSkinPos() = 0;
+    virtual void SetSkinPos(const Point3& p) = 0;
+    virtual Quat GetSkinRot() = 0;
+    virtual void SetSkinRot(const Quat& q) = 0;
+    virtual Point3 GetSkinScale() = 0;
+    virtual void SetSkinScale(const Point3& s) = 0;
+    virtual Quat GetSkinScaleOrient() = 0;
+    virtual void SetSkinScaleOrient(const Quat& q) = 0;
+};
+
+// Render properties: ten switches (568 and 197 on change) and nine 32-bit values (576 and 197).
+#define NODE_RENDERPROPS_NUM_SWITCHES 10
+#define NODE_RENDERPROPS_NUM_VALUES 9
+class INodeRenderProperties : public BaseInterface {
+public:
+    Interface_ID GetID() override { return NODE_RENDERPROPS_INTERFACE; }
+    virtual BOOL GetRenderSwitch(int which) = 0;
+    virtual void SetRenderSwitch(int which, BOOL onOff) = 0;
+    virtual DWORD GetRenderPropValue(int which) = 0;
+    virtual void SetRenderPropValue(int which, DWORD value) = 0;
+};
+
+// First extension: one display switch (577 part 0 and 199).
+class INodeExtension1 : public BaseInterface {
+public:
+    Interface_ID GetID() override { return NODE_EXTENSION1_INTERFACE; }
+    virtual BOOL GetDisplaySwitch() = 0;
+    virtual void SetDisplaySwitch(BOOL onOff) = 0;
+};
+
+// Second extension: one display switch (577 part 0 and 199) and three render switches (568 and 197).
+#define NODE_EXTENSION2_NUM_RENDER_SWITCHES 3
+class INodeExtension2 : public BaseInterface {
+public:
+    Interface_ID GetID() override { return NODE_EXTENSION2_INTERFACE; }
+    virtual BOOL GetDisplaySwitch() = 0;
+    virtual void SetDisplaySwitch(BOOL onOff) = 0;
+    virtual BOOL GetRenderSwitch(int which) = 0;
+    virtual void SetRenderSwitch(int which, BOOL onOff) = 0;
+};

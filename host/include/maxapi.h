@@ -33,6 +33,12 @@ class ILayerManager;
 #define MERGE_REPARENT_PROMPT 0
 #define MERGE_REPARENT_ALWAYS 1
 #define MERGE_REPARENT_NEVER 2
+// Named selection set notifications: 184 after a set is made and 185 after one is removed (call parameter: an
+// MSTR* holding the set's name), 188 after one is renamed (call parameter: a NameChange* of inode.h, its node
+// null).
+#define NOTIFY_NAMED_SEL_SET_CREATED 0x000000B8
+#define NOTIFY_NAMED_SEL_SET_DELETED 0x000000B9
+#define NOTIFY_NAMED_SEL_SET_RENAMED 0x000000BC
 // Command panel task modes.
 #define TASK_MODE_CREATE 1
 #define TASK_MODE_MODIFY 2
@@ -155,6 +161,14 @@ public:
     BOOL ReplaceNamedSelSet(INodeTab& nodes, const MSTR& name);
     BOOL RemoveNamedSelSet(const MSTR& name);
     BOOL SetNamedSelSetName(int i, const MSTR& name);
+
+    // ---- Scene: the scene effects list, saved with the scene (effects with node lists: iscene_effects.h).
+    int NumSceneEffects();
+    // Null for an index out of range.
+    ReferenceTarget* GetSceneEffect(int i);
+    // Appends an effect; answers its index (-1 for no effect; an effect listed already keeps its index).
+    int AddSceneEffect(ReferenceTarget* effect);
+    BOOL DeleteSceneEffect(int i);
 
     // ---- Scene: rendering and the command panel.
     // Renders the scene: 20 before, 21 after; no image is made.

@@ -13,6 +13,19 @@ class CreateMouseCallBack;
 // Numeric interface answered by particle systems.
 #define I_PARTICLEOBJ 0x000010D0
 
+// Reference messages of modifiers and derived objects.
+#ifndef REFMSG_NODE_NAMECHANGE
+#define REFMSG_NODE_NAMECHANGE 0x000000F7  // 247: a name changed (modifier, material)
+#endif
+#ifndef REFMSG_MODIFIER_NAME_CHANGED
+#define REFMSG_MODIFIER_NAME_CHANGED 0x00000285  // 645: a modifier's name changed (sent after 247)
+#endif
+#ifndef REFMSG_MODIFIER_STACK_CHANGED
+#define REFMSG_MODIFIER_STACK_CHANGED 0x000000F9  // 249: a modifier was added, deleted or replaced
+#endif
+// Part of the REFMSG_CHANGE that follows a structural change of an object chain.
+#define PART_OBJECT_CHAIN 0x800037FF
+
 // Anything that can sit in an object chain: objects and modifiers.
 class BaseObject : public ReferenceTarget {
 public:
@@ -118,6 +131,7 @@ protected:
     void CopyModifierState(Modifier* to);
 
 private:
+    class StateRestore;
     void setToggle(bool& toggle, bool on);
     MSTR name_;
     bool named_ = false;

