@@ -111,8 +111,8 @@ struct FakeNodes {
 }  // namespace
 
 TEST(MaxScriptBridge, NodesAndReferenceTargetsCrossAsHostObjects) {
+    mxs::Interpreter in;  // first: it installs the scene's own node converters, which the fakes then stand in for
     FakeNodes fake;
-    mxs::Interpreter in;
     testobj::Item a("a"), b("b"), plain("plain");
     fake.nodes = {&a, &b};
     in.SetGlobal(L"a", mxs::Value::Host(&a));

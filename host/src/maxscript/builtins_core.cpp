@@ -10,6 +10,7 @@
 #include "maxscript/errors.h"
 #include "maxscript/interpreter.h"
 #include "maxscript/print.h"
+#include "maxscript/scene_values.h"
 #include "platform/listener_capture.h"
 #include "ref.h"
 
@@ -246,6 +247,7 @@ void RegisterBuiltins() {
         RegisterMathBuiltins();
         RegisterFileBuiltins();
         RegisterAssertBuiltins();
+        RegisterSceneBuiltins();
     });
 }
 

@@ -6,6 +6,7 @@
 #include "maxscript/convert.h"
 #include "maxscript/print.h"
 #include "maxscript/registry.h"
+#include "scene/controllers/animate_mode.h"
 
 #include <cmath>
 
@@ -199,16 +200,25 @@ Value WithClauses(Interpreter& in, const ast::Context& n, std::size_t i, const E
     if (clause.what == L"animate" || clause.what == L"time") {
         const bool savedAnimate = animate;
         const std::optional<TimeValue> savedTime = time;
-        if (clause.what == L"animate") animate = ToBool(value);
-        else time = ToTime(value);
+        // The host's animate mode follows the script's, so that controllers set inside make keys.
+        const bool savedHostAnimate = hostrt::AnimateMode();
+        if (clause.what == L"animate") {
+            animate = ToBool(value);
+            hostrt::SetAnimateMode(animate);
+        } else {
+            time = ToTime(value);
+        }
+        auto restore = [&] {
+            animate = savedAnimate;
+            time = savedTime;
+            hostrt::SetAnimateMode(savedHostAnimate);
+        };
         try {
             Value result = inner();
-            animate = savedAnimate;
-            time = savedTime;
+            restore();
             return result;
         } catch (...) {
-            animate = savedAnimate;
-            time = savedTime;
+            restore();
             throw;
         }
     }

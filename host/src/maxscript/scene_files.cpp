@@ -1,0 +1,178 @@
+// Scene files in MAXScript: saveMaxFile, loadMaxFile, resetMaxFile, mergeMaxFile, saveNodes, the current file
+// (maxFilePath, maxFileName), the save-required flag, checkForSave and render.
+#include "maxscript/scene_values.h"
+
+#include "inode.h"
+#include "maxapi.h"
+#include "maxexception.h"
+#include "maxscript/builtins.h"
+#include "maxscript/convert.h"
+#include "maxscript/errors.h"
+#include "maxscript/interpreter.h"
+#include "maxscript/print.h"
+#include "platform/listener_capture.h"
+#include "scene/merge.h"
+#include "scene/scene.h"
+
+#include <filesystem>
+
+namespace hostrt::mxs {
+
+namespace {
+
+// A scene file name as scripts give it: ".max" is added when the name has no extension.
+std::wstring ScenePath(const Value& v) {
+    std::wstring path = ToText(v);
+    if (path.empty()) throw RuntimeError(L"Empty scene file name");
+    if (std::filesystem::path(path).extension().empty()) path += L".max";
+    return path;
+}
+
+bool HasName(const CallArgs& args, std::size_t from, const wchar_t* name) {
+    for (std::size_t i = from; i < args.positional.size(); ++i)
+        if (args.positional[i].Is(Kind::Name) && EqualsNoCase(args.positional[i].Text(), name)) return true;
+    return false;
+}
+
+// Runs a file operation of the scene; its failure is reported in the listener and answered as false.
+bool Attempt(const std::wstring& what, const std::function<bool()>& op) {
+    try {
+        return op();
+    } catch (const ScriptError&) {
+        throw;
+    } catch (const MAXException& e) {
+        ListenerWrite(L"-- " + what + L" failed: " + std::wstring(e.message.data()) + L"\n");
+        return false;
+    } catch (const std::exception& e) {
+        const std::string msg = e.what();
+        ListenerWrite(L"-- " + what + L" failed: " + std::wstring(msg.begin(), msg.end()) + L"\n");
+        return false;
+    }
+}
+
+Value SaveMaxFile(CallContext&, CallArgs& args) {
+    CheckArgCount(L"saveMaxFile", args, 1);
+    const std::wstring path = ScenePath(args.positional[0]);
+    const Value* useNewFile = args.Keyword(L"useNewFile");
+    const bool makeCurrent = !useNewFile || useNewFile->Is(Kind::Unsupplied) || ToBool(*useNewFile);
+    return Value::Bool(Attempt(L"saveMaxFile \"" + path + L"\"", [&] {
+        Scene::Instance().SaveScene(MSTR(path.c_str()), makeCurrent);
+        return true;
+    }));
+}
+
+Value LoadMaxFile(CallContext&, CallArgs& args) {
+    CheckArgCount(L"loadMaxFile", args, 1);
+    const std::wstring path = ScenePath(args.positional[0]);
+    return Value::Bool(Attempt(L"loadMaxFile \"" + path + L"\"", [&] {
+        if (!std::filesystem::exists(path)) throw std::runtime_error("no such file");
+        Scene::Instance().OpenScene(MSTR(path.c_str()));
+        return true;
+    }));
+}
+
+// mergeMaxFile path [#(names)] [#select] [#skipDups|#deleteOldDups|#mergeDups]
+//              [#useSceneMtlDups|#useMergedMtlDups] [mergedNodes:array]
+Value MergeMaxFile(CallContext&, CallArgs& args) {
+    if (args.positional.empty()) throw ArgCountRangeError(L"mergeMaxFile", 1, 8, 0);
+    const std::wstring path = ScenePath(args.positional[0]);
+    MergeOptions options;
+    options.selectMerged = HasName(args, 1, L"select");
+    if (HasName(args, 1, L"skipDups")) options.dupAction = MERGE_DUPS_SKIP;
+    if (HasName(args, 1, L"deleteOldDups")) options.dupAction = MERGE_DUPS_DELOLD;
+    if (HasName(args, 1, L"useSceneMtlDups")) options.dupMtlAction = MERGE_DUP_MTL_USE_SCENE_MTL;
+    std::vector<std::wstring> names;
+    for (std::size_t i = 1; i < args.positional.size(); ++i) {
+        const Value& a = args.positional[i];
+        if (a.Is(Kind::Array))
+            for (const Value& n : a.Items()) names.push_back(ToText(n));
+        else if (!a.Is(Kind::Name))
+            throw TypeError(L"mergeMaxFile wants names of nodes and #options, got: " + PrintForm(a));
+    }
+    std::vector<INode*> merged;
+    std::vector<AnimHandle> handles;
+    const bool ok = Attempt(L"mergeMaxFile \"" + path + L"\"", [&] {
+        merged = MergeSceneFile(MSTR(path.c_str()), options);
+        for (INode* n : merged) handles.push_back(Animatable::GetHandleByAnim(n));
+        return true;
+    });
+    // Given names keep only the top-level nodes of those names (and what is below them).
+    if (ok && !names.empty()) {
+        std::vector<INode*> unwanted;
+        for (INode* n : merged) {
+            INode* parent = n->GetParentNode();
+            if (parent && !parent->IsRootNode()) continue;
+            bool wanted = false;
+            for (const std::wstring& name : names) wanted = wanted || EqualsNoCase(name, n->GetName());
+            if (!wanted) unwanted.push_back(n);
+        }
+        INodeTab tab;
+        for (INode* n : unwanted) tab.Append(1, &n);
+        GetCOREInterface()->DeleteNodes(tab, false);
+    }
+    if (const Value* out = args.Keyword(L"mergedNodes"); out && out->Is(Kind::Array)) {
+        out->Items().clear();
+        for (AnimHandle h : handles)
+            if (Animatable* n = Animatable::GetAnimByHandle(h)) out->Items().push_back(Value::Host(n));
+    }
+    return Value::Bool(ok);
+}
+
+Value SaveNodes(CallContext& ctx, CallArgs& args) {
+    CheckArgCount(L"saveNodes", args, 2);
+    const std::vector<INode*> nodes = NodeListArg(ctx, args.positional[0]);
+    const std::wstring path = ScenePath(args.positional[1]);
+    return Value::Bool(Attempt(L"saveNodes \"" + path + L"\"", [&] {
+        SaveNodesToFile(nodes, MSTR(path.c_str()));
+        return true;
+    }));
+}
+
+}  // namespace
+
+void RegisterSceneFileFunctions() {
+    RegisterGlobalFunction(L"saveMaxFile", SaveMaxFile);
+    RegisterGlobalFunction(L"loadMaxFile", LoadMaxFile);
+    RegisterGlobalFunction(L"mergeMaxFile", MergeMaxFile);
+    RegisterGlobalFunction(L"saveNodes", SaveNodes);
+    RegisterGlobalFunction(L"resetMaxFile", [](CallContext&, CallArgs& args) {
+        CheckArgCount(L"resetMaxFile", args, 0, 1);
+        // Headless, there is nobody to ask: #noPrompt or not, the scene is reset.
+        GetCOREInterface()->FileReset(TRUE);
+        return Value::Ok();
+    });
+    RegisterGlobalFunction(L"checkForSave", [](CallContext&, CallArgs& args) {
+        CheckArgCount(L"checkForSave", args, 0);
+        // Without a user to answer the question, going on is always allowed.
+        return Value::Bool(true);
+    });
+    RegisterGlobalFunction(L"getSaveRequired", [](CallContext&, CallArgs& args) {
+        CheckArgCount(L"getSaveRequired", args, 0);
+        return Value::Bool(GetCOREInterface()->IsSaveRequired() != 0);
+    });
+    RegisterGlobalFunction(L"setSaveRequired", [](CallContext&, CallArgs& args) {
+        CheckArgCount(L"setSaveRequired", args, 1);
+        GetCOREInterface()->SetSaveRequiredFlag(ToBool(args.positional[0]));
+        return Value::Ok();
+    });
+    RegisterGlobalFunction(L"render", [](CallContext&, CallArgs& args) {
+        CheckArgCount(L"render", args, 0);
+        GetCOREInterface()->RenderScene();
+        return Value::Ok();
+    });
+    RegisterSystemVariable(L"maxFilePath", {[] {
+                                                const std::filesystem::path p(Scene::Instance().CurFilePath().data());
+                                                if (p.empty()) return Value::String(L"");
+                                                std::wstring dir = p.parent_path().wstring();
+                                                if (!dir.empty() && dir.back() != L'/') dir += L'/';
+                                                return Value::String(dir);
+                                            },
+                                            nullptr});
+    RegisterSystemVariable(L"maxFileName", {[] {
+                                                const std::filesystem::path p(Scene::Instance().CurFilePath().data());
+                                                return Value::String(p.filename().wstring());
+                                            },
+                                            nullptr});
+}
+
+}  // namespace hostrt::mxs
