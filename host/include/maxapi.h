@@ -13,6 +13,7 @@ class ReferenceTarget;
 class INode;
 class Object;
 class BaseObject;
+class Modifier;
 class MtlBase;
 class MtlBaseLib;
 class ILayerManager;
@@ -169,6 +170,14 @@ public:
     // Appends an effect; answers its index (-1 for no effect; an effect listed already keeps its index).
     int AddSceneEffect(ReferenceTarget* effect);
     BOOL DeleteSceneEffect(int i);
+
+    // ---- Scene: modifier stacks. Adding or deleting broadcasts 113 ... 114 or 115 ... 116 around the change.
+    // A world-space modifier goes on top of the node's world-space stack (made when missing); an object-space
+    // one in front of index before of the object-space stack (0 = top; a stack is made when the node has none).
+    // Answers false (changing nothing) when the node has no object or before is out of range.
+    bool AddModifier(INode& node, Modifier& mod, int before = 0);
+    // Deletes the modifier from whichever of the node's stacks holds it; false when none does.
+    bool DeleteModifier(INode& node, Modifier& mod);
 
     // ---- Scene: rendering and the command panel.
     // Renders the scene: 20 before, 21 after; no image is made.

@@ -168,6 +168,18 @@ public:
     Object* FindBaseObject() override;
 };
 
+// Broadcast around the host's modifier operations (Interface::AddModifier/DeleteModifier); call parameter: a
+// NotifyModAddDelParam.
+#define NOTIFY_PRE_MODIFIER_ADDED 0x00000071
+#define NOTIFY_POST_MODIFIER_ADDED 0x00000072
+#define NOTIFY_PRE_MODIFIER_DELETED 0x00000073
+#define NOTIFY_POST_MODIFIER_DELETED 0x00000074
+struct NotifyModAddDelParam {
+    INode* node;
+    Modifier* mod;
+    ModContext* mc;
+};
+
 // A new object-space (or world-space) derived object over obj.
 IDerivedObject* CreateDerivedObject(Object* obj = nullptr);
 IDerivedObject* CreateWSDerivedObject(Object* obj = nullptr);

@@ -358,4 +358,35 @@ TEST_F(SceneObjectsWithNodes, SpaceWarpBindingHoldsItsSpaceWarpNode) {
     EXPECT_EQ(ws->GetModifier(0), binding);
 }
 
+TEST_F(SceneObjectsWithNodes, ModifierEditsOfTheHostAreBracketedByTheirNotifications) {
+    static std::vector<std::string> log;
+    log.clear();
+    auto note = [](void*, NotifyInfo* info) {
+        auto* p = static_cast<NotifyModAddDelParam*>(info->callParam);
+        log.push_back(std::to_string(info->intcode) + ":" + p->mod->ClassName().ToUTF8() + ":" +
+                      (p->node ? "node" : "none"));
+    };
+    NOTIFYPROC proc = note;
+    for (int code : {NOTIFY_PRE_MODIFIER_ADDED, NOTIFY_POST_MODIFIER_ADDED, NOTIFY_PRE_MODIFIER_DELETED,
+                     NOTIFY_POST_MODIFIER_DELETED})
+        RegisterNotification(proc, nullptr, code);
+    INode* n = node(box());
+    Modifier* first = bend();
+    Modifier* second = taper();
+    const std::string b = first->ClassName().ToUTF8(), t = second->ClassName().ToUTF8();
+    Interface* ip = GetCOREInterface();
+    ASSERT_TRUE(ip->AddModifier(*n, *first));
+    EXPECT_FALSE(ip->AddModifier(*n, *second, 5));  // out of range: nothing happens
+    ASSERT_TRUE(ip->AddModifier(*n, *second, 1));   // below the bend
+    auto* stack = static_cast<IDerivedObject*>(n->GetObjectRef());
+    ASSERT_EQ(stack->NumModifiers(), 2);
+    EXPECT_EQ(stack->GetModifier(0), first);
+    EXPECT_EQ(stack->GetModifier(1), second);
+    EXPECT_TRUE(ip->DeleteModifier(*n, *first));
+    EXPECT_FALSE(ip->DeleteModifier(*n, *first));
+    EXPECT_EQ(log, (std::vector<std::string>{"113:" + b + ":node", "114:" + b + ":node", "113:" + t + ":node",
+                                             "114:" + t + ":node", "115:" + b + ":node", "116:" + b + ":node"}));
+    UnRegisterNotification(proc, nullptr);
+}
+
 }  // namespace

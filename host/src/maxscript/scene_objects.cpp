@@ -116,31 +116,14 @@ Value AddModifier(CallContext&, CallArgs& args) {
     CheckArgCount(L"addModifier", args, 2);
     INode* node = NodeArg(args.positional[0]);
     Modifier* mod = AsModifier(args.positional[1]);
-    if (mod->SuperClassID() == WSM_CLASS_ID) {
-        IDerivedObject* ws = node->GetWSMDerivedObject();
-        if (!ws) ws = node->CreateWSMDerivedObject();
-        ws->AddModifier(mod, nullptr, 0);
-        return Value::Ok();
-    }
-    Object* top = node->GetObjectRef();
-    if (!top) throw RuntimeError(L"addModifier: " + PrintForm(args.positional[0]) + L" has no object");
-    IDerivedObject* derived = nullptr;
-    if (top->SuperClassID() == GEN_DERIVOB_CLASS_ID && !static_cast<IDerivedObject*>(top)->IsWorldSpace())
-        derived = static_cast<IDerivedObject*>(top);
-    else {
-        derived = CreateDerivedObject(top);
-        node->SetObjectRef(derived);
-    }
+    if (mod->SuperClassID() != WSM_CLASS_ID && !node->GetObjectRef())
+        throw RuntimeError(L"addModifier: " + PrintForm(args.positional[0]) + L" has no object");
     // before:i places the modifier below the i-th one (counting the object-space stack from the top).
     int before = 0;
-    if (const Value* b = args.Keyword(L"before"); b && !b->Is(Kind::Unsupplied)) {
-        before = ToInt(*b);
-        const int count = derived->NumModifiers();
-        if (before < 0 || before > count)
-            throw RuntimeError(L"addModifier: before:" + PrintForm(*b) + L" is out of range for " +
-                               PrintForm(args.positional[0]) + L" with " + std::to_wstring(count) + L" modifiers");
-    }
-    derived->AddModifier(mod, nullptr, before);
+    if (const Value* b = args.Keyword(L"before"); b && !b->Is(Kind::Unsupplied)) before = ToInt(*b);
+    if (!GetCOREInterface()->AddModifier(*node, *mod, before))
+        throw RuntimeError(L"addModifier: before:" + std::to_wstring(before) + L" is out of range for " +
+                           PrintForm(args.positional[0]));
     return Value::Ok();
 }
 
@@ -167,8 +150,8 @@ Value DeleteModifier(CallContext&, CallArgs& args) {
     const std::vector<StackEntry> entries = Entries(node);
     const int i = FindEntry(entries, args.positional[1]);
     if (i < 0) return Value::Bool(false);
-    entries[std::size_t(i)].owner->DeleteModifier(entries[std::size_t(i)].index);
-    return Value::Bool(true);
+    const StackEntry& e = entries[std::size_t(i)];
+    return Value::Bool(GetCOREInterface()->DeleteModifier(*node, *e.owner->GetModifier(e.index)));
 }
 
 // `node.modifiers`: the node's stack as it is when read.
@@ -291,9 +274,7 @@ void RegisterSceneObjectFunctions() {
         const Value binding = Value::Host(
             CreateHostInstance(WSM_CLASS_ID, HOST_SPACE_WARP_BINDING_CLASS_ID, L"SpaceWarpBinding"));
         SetBlockParam(ctx, binding.Anim(), L"node", args.positional[1]);
-        IDerivedObject* ws = node->GetWSMDerivedObject();
-        if (!ws) ws = node->CreateWSMDerivedObject();
-        ws->AddModifier(static_cast<Modifier*>(binding.Anim()), nullptr, 0);
+        GetCOREInterface()->AddModifier(*node, *static_cast<Modifier*>(binding.Anim()));
         return binding;
     });
 }
