@@ -2,6 +2,8 @@
 // made through its class descriptor, with controllers on its animatable parameters.
 #pragma once
 
+#include "scene/objects/host_class_desc.h"
+
 #include "hold.h"
 #include "ioapi.h"
 #include "iparamb2.h"
@@ -80,23 +82,11 @@ protected:
 };
 
 // The class descriptor of a block object class T, made through T(descriptor, loading).
-template <class T> class BlockClassDesc : public ClassDesc2 {
+template <class T> class BlockClassDesc : public NamedClassDesc {
 public:
     BlockClassDesc(const MCHAR* name, SClass_ID superClass, Class_ID classId, const MCHAR* category)
-        : name_(name), super_(superClass), id_(classId), category_(category) {}
-    int IsPublic() override { return TRUE; }
+        : NamedClassDesc(name, superClass, classId, category) {}
     void* Create(BOOL loading) override { return static_cast<Animatable*>(new T(this, loading != FALSE)); }
-    const MCHAR* ClassName() override { return name_; }
-    SClass_ID SuperClassID() override { return super_; }
-    Class_ID ClassID() override { return id_; }
-    const MCHAR* Category() override { return category_; }
-    const MCHAR* InternalName() override { return name_; }
-
-private:
-    const MCHAR* name_;
-    SClass_ID super_;
-    Class_ID id_;
-    const MCHAR* category_;
 };
 
 }  // namespace hostrt

@@ -5,12 +5,12 @@
 
 namespace hostrt {
 
-template <class T> class HostClassDesc : public ClassDesc2 {
+// The fixed identity every host class descriptor answers with.
+class NamedClassDesc : public ClassDesc2 {
 public:
-    HostClassDesc(const MCHAR* name, SClass_ID superClass, Class_ID classId, const MCHAR* category = L"Standard")
+    NamedClassDesc(const MCHAR* name, SClass_ID superClass, Class_ID classId, const MCHAR* category)
         : name_(name), super_(superClass), id_(classId), category_(category) {}
     int IsPublic() override { return TRUE; }
-    void* Create(BOOL loading) override { return static_cast<Animatable*>(new T(loading != FALSE)); }
     const MCHAR* ClassName() override { return name_; }
     SClass_ID SuperClassID() override { return super_; }
     Class_ID ClassID() override { return id_; }
@@ -22,6 +22,13 @@ private:
     SClass_ID super_;
     Class_ID id_;
     const MCHAR* category_;
+};
+
+template <class T> class HostClassDesc : public NamedClassDesc {
+public:
+    HostClassDesc(const MCHAR* name, SClass_ID superClass, Class_ID classId, const MCHAR* category = L"Standard")
+        : NamedClassDesc(name, superClass, classId, category) {}
+    void* Create(BOOL loading) override { return static_cast<Animatable*>(new T(loading != FALSE)); }
 };
 
 }  // namespace hostrt
