@@ -83,6 +83,10 @@ public:
     // Whether the host has a user interface; a headless run starts without one.
     BOOL HasUserInterface();
     void SetHasUserInterface(BOOL hasUI);
+    // The scene explorer's live update (on at start): a view that follows every added or removed node, which
+    // bulk scene work switches off while it runs.
+    BOOL GetSceneExplorerLiveUpdate();
+    void SetSceneExplorerLiveUpdate(BOOL on);
     // The main window: owner of message boxes and dialogs. Never null.
     HWND GetMAXHWnd();
 

@@ -446,6 +446,9 @@ TEST_F(PlatformShell, SessionFlagsTimeRedrawsCursorColoursAndScale) {
     ip->SetNetServer(TRUE);
     EXPECT_TRUE(ip->HasUserInterface());
     EXPECT_TRUE(ip->IsNetServer());
+    EXPECT_TRUE(ip->GetSceneExplorerLiveUpdate());  // reports itself enabled until bulk work switches it off
+    ip->SetSceneExplorerLiveUpdate(FALSE);
+    EXPECT_FALSE(ip->GetSceneExplorerLiveUpdate());
 
     OneShotRedraw once;
     ip->RegisterRedrawViewsCallback(&once);

@@ -54,6 +54,8 @@ BOOL Interface::GetQuietMode() { return hostrt::Session::Instance().Quiet(); }
 void Interface::SetQuietMode(BOOL quiet) { hostrt::Session::Instance().SetQuiet(quiet != FALSE); }
 BOOL Interface::IsNetServer() { return hostrt::Session::Instance().NetServer(); }
 void Interface::SetNetServer(BOOL netServer) { hostrt::Session::Instance().SetNetServer(netServer != FALSE); }
+BOOL Interface::GetSceneExplorerLiveUpdate() { return hostrt::Session::Instance().ExplorerLiveUpdate(); }
+void Interface::SetSceneExplorerLiveUpdate(BOOL on) { hostrt::Session::Instance().SetExplorerLiveUpdate(on != FALSE); }
 BOOL Interface::HasUserInterface() { return hostrt::Session::Instance().HasUserInterface(); }
 void Interface::SetHasUserInterface(BOOL hasUI) { hostrt::Session::Instance().SetHasUserInterface(hasUI != FALSE); }
 HWND Interface::GetMAXHWnd() { return hostrt::WindowRegistry::Instance().MainWindow(); }

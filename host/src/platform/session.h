@@ -24,6 +24,11 @@ public:
     bool NetServer() const { return netServer_; }
     void SetNetServer(bool netServer) { netServer_ = netServer; }
 
+    // The scene explorer's live update: a host facility that reports itself enabled and that bulk scene work
+    // switches off while it runs.
+    bool ExplorerLiveUpdate() const { return explorerLiveUpdate_; }
+    void SetExplorerLiveUpdate(bool on) { explorerLiveUpdate_ = on; }
+
     TimeValue Time() const { return time_; }
     void SetTime(TimeValue t) { time_ = t; }
 
@@ -41,6 +46,7 @@ private:
     bool quiet_ = false;
     bool hasUI_ = false;
     bool netServer_ = false;
+    bool explorerLiveUpdate_ = true;
     TimeValue time_ = 0;
     int redraws_ = 0;
     TimeValue lastRedraw_ = 0;
