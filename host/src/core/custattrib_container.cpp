@@ -1,6 +1,7 @@
 // The host's custom-attribute container: a reference target whose references and sub-anims are the
 // attributes of its owner. Changing the list makes the owner tell its dependents that its structure changed.
 #include "class_directory.h"
+#include "io/count_chunk.h"
 #include "hold.h"
 #include "ioapi.h"
 
@@ -48,19 +49,13 @@ public:
     }
 
     // Only the count is saved: the attributes are references, restored after load.
-    IOResult Save(ISave* isave) override {
-        ULONG n = ULONG(attribs_.Count()), w = 0;
-        isave->BeginChunk(0x0001);
-        isave->Write(&n, sizeof n, &w);
-        isave->EndChunk();
-        return IO_OK;
-    }
+    IOResult Save(ISave* isave) override { return SaveCountChunk(isave, kCountChunk, ULONG(attribs_.Count())); }
     IOResult Load(ILoad* iload) override {
         IOResult res;
         while ((res = iload->OpenChunk()) == IO_OK) {
-            if (iload->CurChunkID() == 0x0001) {
-                ULONG n = 0, r = 0;
-                if (iload->Read(&n, sizeof n, &r) != IO_OK || n > 1u << 20) return IO_ERROR;
+            if (iload->CurChunkID() == kCountChunk) {
+                ULONG n = 0;
+                if (ReadCount(iload, 1u << 20, n) != IO_OK) return IO_ERROR;
                 attribs_.SetCount(int(n));
             }
             iload->CloseChunk();
@@ -80,6 +75,7 @@ private:
         if (owner_ && owner_->IsRefTarget())
             static_cast<ReferenceTarget*>(owner_)->NotifyDependents(FOREVER, PART_ALL, REFMSG_SUBANIM_STRUCTURE_CHANGED);
     }
+    static constexpr USHORT kCountChunk = 0x0001;
     Tab<CustAttrib*> attribs_;
     Animatable* owner_ = nullptr;
 };

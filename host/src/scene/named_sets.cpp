@@ -1,5 +1,6 @@
 // The named selection sets of a scene: membership as references, notifications, saving and the scene part.
 #include "scene/named_sets.h"
+#include "io/count_chunk.h"
 
 #include "core/class_directory.h"
 #include "hold.h"
@@ -177,17 +178,13 @@ RefResult NamedSelSets::NotifyRefChanged(const Interval&, RefTargetHandle hTarge
 }
 
 IOResult NamedSelSets::Save(ISave* isave) {
-    ULONG written = 0;
     for (const Set& s : sets_) {
         isave->BeginChunk(kSetChunk);
         isave->BeginChunk(kSetNameChunk);
         IOResult r = isave->WriteWString(s.name);
         isave->EndChunk();
         if (r != IO_OK) return r;
-        const ULONG n = ULONG(s.members.size());
-        isave->BeginChunk(kSetCountChunk);
-        r = isave->Write(&n, sizeof n, &written);
-        isave->EndChunk();
+        r = SaveCountChunk(isave, kSetCountChunk, ULONG(s.members.size()));
         isave->EndChunk();
         if (r != IO_OK) return r;
     }
@@ -205,8 +202,8 @@ IOResult NamedSelSets::Load(ILoad* iload) {
                 if (iload->CurChunkID() == kSetNameChunk) {
                     if (iload->ReadWStringChunk(s.name) != IO_OK) return IO_ERROR;
                 } else if (iload->CurChunkID() == kSetCountChunk) {
-                    ULONG n = 0, got = 0;
-                    if (iload->Read(&n, sizeof n, &got) != IO_OK || n > kMaxMembers) return IO_ERROR;
+                    ULONG n = 0;
+                    if (ReadCount(iload, kMaxMembers, n) != IO_OK) return IO_ERROR;
                     s.members.assign(n, nullptr);
                 }
                 iload->CloseChunk();

@@ -1,5 +1,6 @@
 // ItemList: a list of items kept as references, saved as its item count.
 #include "scene/scene_item_list.h"
+#include "io/count_chunk.h"
 
 #include "core/class_directory.h"
 #include "hold.h"
@@ -61,21 +62,14 @@ RefTargetHandle ItemList::Clone(RemapDir& remap) {
     return c;
 }
 
-IOResult ItemList::Save(ISave* isave) {
-    const ULONG n = ULONG(items_.Count());
-    ULONG written = 0;
-    isave->BeginChunk(kItemCountChunk);
-    const IOResult r = isave->Write(&n, sizeof n, &written);
-    isave->EndChunk();
-    return r;
-}
+IOResult ItemList::Save(ISave* isave) { return SaveCountChunk(isave, kItemCountChunk, ULONG(items_.Count())); }
 
 IOResult ItemList::Load(ILoad* iload) {
     IOResult res;
     while ((res = iload->OpenChunk()) == IO_OK) {
         if (iload->CurChunkID() == kItemCountChunk) {
-            ULONG n = 0, got = 0;
-            if (iload->Read(&n, sizeof n, &got) != IO_OK || n > kMaxItems) return IO_ERROR;
+            ULONG n = 0;
+            if (ReadCount(iload, kMaxItems, n) != IO_OK) return IO_ERROR;
             items_.SetCount(int(n));
         }
         iload->CloseChunk();

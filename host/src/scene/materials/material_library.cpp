@@ -1,5 +1,6 @@
 // The scene material library: entries as references, 258 on every change, saving and the list's upkeep.
 #include "scene/materials/material_library.h"
+#include "io/count_chunk.h"
 
 #include "hold.h"
 #include "ioapi.h"
@@ -100,21 +101,14 @@ RefResult SceneMaterialLibrary::NotifyRefChanged(const Interval&, RefTargetHandl
     return REF_STOP;
 }
 
-IOResult SceneMaterialLibrary::Save(ISave* isave) {
-    const ULONG n = ULONG(entries_.size());
-    ULONG written = 0;
-    isave->BeginChunk(kCountChunk);
-    const IOResult r = isave->Write(&n, sizeof n, &written);
-    isave->EndChunk();
-    return r;
-}
+IOResult SceneMaterialLibrary::Save(ISave* isave) { return SaveCountChunk(isave, kCountChunk, ULONG(entries_.size())); }
 
 IOResult SceneMaterialLibrary::Load(ILoad* iload) {
     IOResult res;
     while ((res = iload->OpenChunk()) == IO_OK) {
         if (iload->CurChunkID() == kCountChunk) {
-            ULONG n = 0, got = 0;
-            if (iload->Read(&n, sizeof n, &got) != IO_OK || n > kMaxEntries) return IO_ERROR;
+            ULONG n = 0;
+            if (ReadCount(iload, kMaxEntries, n) != IO_OK) return IO_ERROR;
             entries_.assign(n, nullptr);
         }
         iload->CloseChunk();
