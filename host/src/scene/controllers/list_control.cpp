@@ -1,5 +1,6 @@
 // The float list controller: entries, weights, the active entry, cut and paste, and the published interface.
 #include "scene/controllers/list_control.h"
+#include "io/count_chunk.h"
 
 #include "hold.h"
 #include "ioapi.h"
@@ -292,10 +293,7 @@ BOOL FloatListControl::AssignController(Animatable* control, int subAnim) {
 
 IOResult FloatListControl::Save(ISave* isave) {
     ULONG written = 0;
-    const ULONG n = ULONG(GetCount());
-    isave->BeginChunk(kCountChunk);
-    IOResult r = isave->Write(&n, sizeof n, &written);
-    isave->EndChunk();
+    IOResult r = SaveCountChunk(isave, kCountChunk, ULONG(GetCount()));
     isave->BeginChunk(kActiveChunk);
     if (r == IO_OK) r = isave->Write(&active_, sizeof active_, &written);
     isave->EndChunk();
@@ -316,7 +314,7 @@ IOResult FloatListControl::Load(ILoad* iload) {
         switch (iload->CurChunkID()) {
         case kCountChunk: {
             ULONG n = 0;
-            ok = iload->Read(&n, sizeof n, &got) == IO_OK && got == sizeof n && n <= kMaxEntries;
+            ok = ReadCount(iload, kMaxEntries, n) == IO_OK;
             if (ok) entries_.ResizeForLoad(int(n));
             break;
         }

@@ -1,5 +1,6 @@
 // The host's derived objects: the modifier stack with its contexts, its messages, undo, chunks and cloning.
 #include "scene/objects/derived_object.h"
+#include "io/count_chunk.h"
 
 #include "ioapi.h"
 #include "istdplug.h"
@@ -119,10 +120,7 @@ void DerivedObject::SetReference(int i, RefTargetHandle rtarg) {
 
 IOResult DerivedObject::Save(ISave* isave) {
     ULONG written = 0;
-    const ULONG n = ULONG(NumModifiers());
-    isave->BeginChunk(kCountChunk);
-    IOResult r = isave->Write(&n, sizeof n, &written);
-    isave->EndChunk();
+    IOResult r = SaveCountChunk(isave, kCountChunk, ULONG(NumModifiers()));
     for (int i = 0; i < NumModifiers() && r == IO_OK; ++i) {
         const ModContext& mc = mods_.ExtraAt(i);
         const BYTE flags = BYTE((mc.tm ? kHasTm : 0) | (mc.box ? kHasBox : 0));
@@ -146,7 +144,7 @@ IOResult DerivedObject::Load(ILoad* iload) {
         switch (iload->CurChunkID()) {
         case kCountChunk: {
             ULONG n = 0;
-            ok = iload->Read(&n, sizeof n, &got) == IO_OK && got == sizeof n && n <= kMaxModifiers;
+            ok = ReadCount(iload, kMaxModifiers, n) == IO_OK;
             if (ok) mods_.ResizeForLoad(int(n));
             break;
         }
