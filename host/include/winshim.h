@@ -107,6 +107,10 @@ BOOL IsWindow(HWND hwnd);
 #define IDC_NO MAKEINTRESOURCEW(32648)
 #define IDC_HAND MAKEINTRESOURCEW(32649)
 #define IDC_APPSTARTING MAKEINTRESOURCEW(32650)
+// Copies string id of the library's string table into buffer (at most bufferMax-1 characters, then a
+// terminating zero) and answers the number of characters copied; 0 when the library has no such string.
+int LoadStringW(HINSTANCE instance, UINT id, LPWSTR buffer, int bufferMax);
+#define LoadString LoadStringW
 // Standard cursors only (instance null); null for anything else.
 HCURSOR LoadCursorW(HINSTANCE instance, LPCWSTR name);
 #define LoadCursor LoadCursorW

@@ -1,6 +1,7 @@
 // A small plug-in library the host is tested with: two classes, a start-up callback, and the entry points
 // the host loads libraries through.
 #include "max.h"
+#include "winshim.h"
 
 namespace {
 
@@ -51,7 +52,10 @@ class SampleTargetClassDesc : public ClassDesc2 {
 public:
     int IsPublic() override { return TRUE; }
     void* Create(BOOL) override { return new SampleTarget(); }
-    const MCHAR* ClassName() override { return L"SampleTarget"; }
+    const MCHAR* ClassName() override {  // from the library's string table
+        static wchar_t name[64];
+        return LoadStringW(hInstance, 1, name, 64) ? name : nullptr;
+    }
     SClass_ID SuperClassID() override { return REF_TARGET_CLASS_ID; }
     Class_ID ClassID() override { return SampleTarget::kClassID; }
     const MCHAR* Category() override { return L"Host Samples"; }
