@@ -52,9 +52,43 @@ Value ClassNamed(const std::wstring& name, const std::wstring& superclass) {
     return RegisterClass(name, superclass);
 }
 
+// A text stream in memory: `stringStream "text"`, written by `format ... to:` and `print ... to:`.
+class StringStreamObject : public ExtObject {
+public:
+    explicit StringStreamObject(std::wstring text) : text_(std::move(text)) {}
+    std::wstring ClassName() const override { return L"StringStream"; }
+    std::wstring Describe() const override { return L"StringStream:" + PrintForm(Value::String(text_)); }
+    std::optional<std::wstring> AsString() const override { return text_; }
+    std::optional<Value> GetProperty(CallContext&, const std::wstring& name) override {
+        if (EqualsNoCase(name, L"count")) return Value::Int(int(text_.size()));
+        return std::nullopt;
+    }
+    void Append(const std::wstring& text) { text_ += text; }
+
+private:
+    std::wstring text_;
+};
+
+// Writes to the `to:` stream when one is given, else to the listener.
+void WriteOut(const CallArgs& args, const std::wstring& text) {
+    const Value* to = args.Keyword(L"to");
+    if (!to || to->Is(Kind::Unsupplied) || to->Is(Kind::Undefined)) {
+        ListenerWrite(text);
+        return;
+    }
+    auto* stream = to->Is(Kind::Ext) ? dynamic_cast<StringStreamObject*>(to->ExtObj().get()) : nullptr;
+    if (!stream) throw ConversionError(*to, L"Stream");
+    stream->Append(text);
+}
+
+Value MakeStringStream(CallContext&, CallArgs& args) {
+    CheckArgCount(L"stringStream", args, 1);
+    return Value::Ext(std::make_shared<StringStreamObject>(ToText(args.positional[0])));
+}
+
 Value Print(CallContext&, CallArgs& args) {
     CheckArgCount(L"print", args, 1);
-    ListenerWrite(PrintForm(args.positional[0]) + L"\n");
+    WriteOut(args, PrintForm(args.positional[0]) + L"\n");
     return args.positional[0];
 }
 
@@ -75,7 +109,7 @@ Value Format(CallContext&, CallArgs& args) {
             out += fmt[i];
         }
     }
-    ListenerWrite(out);
+    WriteOut(args, out);
     return Value::Ok();
 }
 
@@ -196,6 +230,7 @@ void RegisterCoreBuiltins() {
     RegisterValueClasses();
     RegisterGlobalFunction(L"print", Print);
     RegisterGlobalFunction(L"format", Format);
+    RegisterGlobalFunction(L"stringStream", MakeStringStream);
     RegisterGlobalFunction(L"throw", Throw);
     RegisterGlobalFunction(L"copy", Copy);
     RegisterGlobalFunction(L"classOf", [](CallContext&, CallArgs& args) {

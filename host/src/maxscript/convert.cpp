@@ -146,7 +146,11 @@ Value ConvertAs(CallContext& ctx, const Value& v, const Value& cls) {
         }
         return Value::Float(ToFloat(v));
     }
-    if (target == L"string") return Value::String(DisplayForm(v));
+    if (target == L"string") {
+        if (v.Is(Kind::Ext))
+            if (auto text = v.ExtObj()->AsString()) return Value::String(*text);
+        return Value::String(DisplayForm(v));
+    }
     if (target == L"name") {
         if (v.Is(Kind::String) || v.Is(Kind::Name)) return Value::Name(v.Text());
         throw ConversionError(v, L"Name");

@@ -171,6 +171,8 @@ public:
     virtual std::wstring ClassName() const = 0;
     // The text print and format show.
     virtual std::wstring Describe() const { return L"<" + ClassName() + L">"; }
+    // The text `as string` answers; nullopt: the text print shows.
+    virtual std::optional<std::wstring> AsString() const { return std::nullopt; }
     virtual std::optional<Value> GetProperty(CallContext& ctx, const std::wstring& name) { return std::nullopt; }
     virtual bool SetProperty(CallContext& ctx, const std::wstring& name, const Value& value) { return false; }
     virtual std::optional<Value> GetIndex(CallContext& ctx, const Value& index) { return std::nullopt; }
