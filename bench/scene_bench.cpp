@@ -1,6 +1,7 @@
 // Scene benchmark: builds scenes of 1,000, 10,000 and 100,000 nodes (shared materials, nested layers, modifier
-// stacks, a hierarchy several levels deep), times saving, opening and merging them, and prints the time per node,
-// the peak memory and how each cost grows from 10,000 to 100,000 nodes (10 means linear).
+// stacks, a hierarchy several levels deep), times saving, opening and merging them and deleting every node, and
+// prints the time per node, the peak memory and how each cost grows from 10,000 to 100,000 nodes (10 means
+// linear).
 #include "core/class_directory.h"
 #include "ilayer.h"
 #include "imtl.h"
@@ -118,9 +119,19 @@ double seconds(const std::function<void()>& run) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
+// Every node below parent, parents before their children.
+void collectNodes(INode* parent, INodeTab& out) {
+    for (int i = 0; i < parent->NumberOfChildren(); ++i) {
+        INode* child = parent->GetChildNode(i);
+        out.Append(child);
+        collectNodes(child, out);
+    }
+}
+
 struct Result {
     int nodes = 0;
-    double build = 0, save = 0, open = 0, merge = 0;
+    int deleted = 0;  // nodes in the scene after the merge
+    double build = 0, save = 0, open = 0, merge = 0, erase = 0;
     double peakMiB = 0;
     std::uintmax_t fileBytes = 0;
 };
@@ -149,6 +160,13 @@ Result measure(int nodeCount, const fs::path& dir, bool& peakReset) {
             throw std::runtime_error("cannot merge " + file.string());
     });
     r.peakMiB = peakMemoryMiB();
+    // Deleting every node of the scene in one call, parents before their children (each parent's children are
+    // linked to the root first).
+    INodeTab all;
+    collectNodes(ip()->GetRootNode(), all);
+    r.deleted = all.Count();
+    r.erase = seconds([&] { ip()->DeleteNodes(all); });
+    if (ip()->GetRootNode()->NumberOfChildren() != 0) throw std::runtime_error("nodes are left after deleting them all");
     ip()->FileReset();
     fs::remove(file);
     return r;
@@ -157,17 +175,18 @@ Result measure(int nodeCount, const fs::path& dir, bool& peakReset) {
 double perNodeMicros(double s, int nodes) { return s * 1e6 / nodes; }
 
 void printResult(const Result& r) {
-    std::printf("%9d %12.2f %12.2f %12.2f %12.2f %10.1f %10.1f\n", r.nodes, perNodeMicros(r.build, r.nodes),
-                perNodeMicros(r.save, r.nodes), perNodeMicros(r.open, r.nodes), perNodeMicros(r.merge, r.nodes),
-                double(r.fileBytes) / (1024.0 * 1024.0), r.peakMiB);
+    std::printf("%9d %12.2f %12.2f %12.2f %12.2f %12.2f %10.1f %10.1f %10.1f\n", r.nodes,
+                perNodeMicros(r.build, r.nodes), perNodeMicros(r.save, r.nodes), perNodeMicros(r.open, r.nodes),
+                perNodeMicros(r.merge, r.nodes), perNodeMicros(r.erase, r.deleted),
+                double(r.fileBytes) / (1024.0 * 1024.0), r.peakMiB, r.peakMiB * 1024.0 / r.nodes);
     std::fflush(stdout);
 }
 
 void printGrowth(const Result& a, const Result& b) {
     std::printf("growth %d -> %d nodes (x%.0f; that factor means linear): build x%.1f, save x%.1f, open x%.1f, "
-                "merge x%.1f\n",
+                "merge x%.1f, delete x%.1f\n",
                 a.nodes, b.nodes, double(b.nodes) / a.nodes, b.build / a.build, b.save / a.save, b.open / a.open,
-                b.merge / a.merge);
+                b.merge / a.merge, b.erase / a.erase);
 }
 
 }  // namespace
@@ -191,8 +210,8 @@ int main(int argc, char** argv) {
     try {
         fs::create_directories(dir);
         hostrt::RegisterBuiltinClasses();
-        std::printf("%9s %12s %12s %12s %12s %10s %10s\n", "nodes", "build us/n", "save us/n", "open us/n",
-                    "merge us/n", "file MiB", "peak MiB");
+        std::printf("%9s %12s %12s %12s %12s %12s %10s %10s %10s\n", "nodes", "build us/n", "save us/n", "open us/n",
+                    "merge us/n", "delete us/n", "file MiB", "peak MiB", "peak KiB/n");
         std::vector<Result> results;
         bool peakReset = true;
         for (int n : sizes) {

@@ -9,7 +9,11 @@
 #include "strclass.h"
 #include "tab.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
 #include <list>
+#include <memory>
 #include <unordered_map>
 #include <vector>
 
@@ -22,6 +26,7 @@ class IParamBlock2;
 class BaseInterface;
 class ICustAttribContainer;
 class IObjParam;
+class AssetEnumCallback;
 using RefTargetHandle = ReferenceTarget*;
 using RefMakerHandle = ReferenceMaker*;
 
@@ -62,49 +67,193 @@ public:
     int FindProperty(DWORD id, int start = 0);
 };
 
-// An ordered multiset of pointers with constant-time insertion and removal: the host's bookkeeping of the
-// dependents of a target (one entry per reference) and of the targets a maker holds.
+// An ordered multiset of pointers: the host's bookkeeping of the dependents of a target (one entry per
+// reference) and of the targets a maker holds. Most lists hold one or two entries: those live inline and are
+// searched linearly. A list that grows beyond kIndexFrom entries gets an index from item to its positions;
+// removals then leave holes, closed up once they outnumber the entries, so every operation stays constant
+// time (amortized). Adding entries while iterating is not allowed.
 template <class T> class RefList {
 public:
-    using const_iterator = typename std::list<T*>::const_iterator;
-    const_iterator begin() const { return order_.begin(); }
-    const_iterator end() const { return order_.end(); }
-    std::size_t size() const { return order_.size(); }
-    bool empty() const { return order_.empty(); }
-    bool Contains(T* item) const { return index_.count(item) != 0; }
+    static constexpr std::size_t kIndexFrom = 16;
+
+    RefList() = default;
+    RefList(const RefList&) = delete;
+    RefList& operator=(const RefList&) = delete;
+    ~RefList() {
+        if (onHeap()) delete[] heap_;
+    }
+
+    // Walks the entries in order (holes are skipped).
+    class const_iterator {
+    public:
+        using iterator_category = std::forward_iterator_tag;
+        using value_type = T*;
+        using difference_type = std::ptrdiff_t;
+        using pointer = T* const*;
+        using reference = T* const&;
+        const_iterator() = default;
+        reference operator*() const { return *p_; }
+        const_iterator& operator++() {
+            ++p_;
+            skip();
+            return *this;
+        }
+        const_iterator operator++(int) {
+            const_iterator old = *this;
+            ++*this;
+            return old;
+        }
+        bool operator==(const const_iterator& o) const { return p_ == o.p_; }
+        bool operator!=(const const_iterator& o) const { return p_ != o.p_; }
+
+    private:
+        friend class RefList;
+        const_iterator(T* const* p, T* const* end) : p_(p), end_(end) { skip(); }
+        void skip() {
+            while (p_ != end_ && !*p_) ++p_;
+        }
+        T* const* p_ = nullptr;
+        T* const* end_ = nullptr;
+    };
+    const_iterator begin() const { return const_iterator(data() + (index_ ? index_->head : 0), data() + used_); }
+    const_iterator end() const { return const_iterator(data() + used_, data() + used_); }
+
+    std::size_t size() const { return used_ - holes(); }
+    bool empty() const { return size() == 0; }
+    bool Contains(T* item) const { return Count(item) != 0; }
     int Count(T* item) const {
-        auto it = index_.find(item);
-        return it == index_.end() ? 0 : int(it->second.size());
+        if (index_) {
+            auto it = index_->at.find(item);
+            return it == index_->at.end() ? 0 : 1 + int(it->second.later.size());
+        }
+        int n = 0;
+        for (std::uint32_t i = 0; i < used_; ++i) n += data()[i] == item;
+        return n;
     }
     // Each distinct item once, in the order it first entered.
     std::vector<T*> Unique() const {
         std::vector<T*> out;
-        out.reserve(index_.size());
-        for (auto it = order_.cbegin(); it != order_.cend(); ++it)
-            if (const_iterator(index_.find(*it)->second.front()) == it) out.push_back(*it);
+        T* const* d = data();
+        if (index_) {
+            out.reserve(index_->at.size());
+            for (std::uint32_t i = index_->head; i < used_; ++i)
+                if (d[i] && index_->at.find(d[i])->second.first == i) out.push_back(d[i]);
+            return out;
+        }
+        out.reserve(used_);
+        for (std::uint32_t i = 0; i < used_; ++i)
+            if (std::find(d, d + i, d[i]) == d + i) out.push_back(d[i]);
         return out;
     }
     void Add(T* item) {
-        order_.push_back(item);
-        index_[item].push_back(std::prev(order_.end()));
+        if (!item) return;
+        if (used_ == capacity_) grow();
+        data()[used_] = item;
+        if (index_)
+            note(item, used_);
+        else if (used_ + 1 > kIndexFrom)
+            buildIndex(used_ + 1);
+        ++used_;
     }
     // Removes the latest entry of item; false when there is none.
     bool RemoveOne(T* item) {
-        auto it = index_.find(item);
-        if (it == index_.end()) return false;
-        order_.erase(it->second.back());
-        it->second.pop_back();
-        if (it->second.empty()) index_.erase(it);
+        if (!item) return false;
+        T** d = data();
+        if (!index_) {
+            for (std::uint32_t i = used_; i-- > 0;)
+                if (d[i] == item) {
+                    std::copy(d + i + 1, d + used_, d + i);
+                    --used_;
+                    return true;
+                }
+            return false;
+        }
+        auto it = index_->at.find(item);
+        if (it == index_->at.end()) return false;
+        Positions& p = it->second;
+        std::uint32_t at;
+        if (p.later.empty()) {
+            at = p.first;
+            index_->at.erase(it);
+        } else {
+            at = p.later.back();
+            p.later.pop_back();
+        }
+        d[at] = nullptr;
+        ++index_->holes;
+        while (used_ > 0 && !d[used_ - 1]) {  // holes at the end go at once
+            --used_;
+            --index_->holes;
+        }
+        // Walks start at the first entry: removals in the order of entry do not make them skip ever more holes.
+        while (index_->head < used_ && !d[index_->head]) ++index_->head;
+        if (index_->head > used_) index_->head = used_;
+        if (index_->holes > size() || size() <= kIndexFrom / 2) compact();
         return true;
     }
     void Clear() {
-        order_.clear();
-        index_.clear();
+        if (onHeap()) delete[] heap_;
+        capacity_ = kInline;
+        used_ = 0;
+        index_.reset();
     }
 
 private:
-    std::list<T*> order_;
-    std::unordered_map<T*, std::vector<typename std::list<T*>::iterator>> index_;
+    static constexpr std::uint32_t kInline = 2;
+    // Positions of one item: the first, then the later ones in ascending order.
+    struct Positions {
+        std::uint32_t first = 0;
+        std::vector<std::uint32_t> later;
+    };
+    struct Index {
+        std::unordered_map<T*, Positions> at;
+        std::uint32_t holes = 0;
+        std::uint32_t head = 0;  // no entry before this slot
+    };
+
+    bool onHeap() const { return capacity_ > kInline; }
+    T** data() { return onHeap() ? heap_ : inline_; }
+    T* const* data() const { return onHeap() ? heap_ : inline_; }
+    std::uint32_t holes() const { return index_ ? index_->holes : 0; }
+
+    void grow() {
+        const std::uint32_t cap = capacity_ < 4 ? 4 : capacity_ * 2;
+        T** fresh = new T*[cap];
+        std::copy(data(), data() + used_, fresh);
+        if (onHeap()) delete[] heap_;
+        heap_ = fresh;
+        capacity_ = cap;
+    }
+    void note(T* item, std::uint32_t pos) {
+        auto [it, added] = index_->at.try_emplace(item);
+        if (added)
+            it->second.first = pos;
+        else
+            it->second.later.push_back(pos);
+    }
+    void buildIndex(std::uint32_t count) {
+        index_ = std::make_unique<Index>();
+        index_->at.reserve(count);
+        for (std::uint32_t i = 0; i < count; ++i) note(data()[i], i);
+    }
+    // Closes the holes; a list that has become small again drops its index.
+    void compact() {
+        T** d = data();
+        std::uint32_t n = 0;
+        for (std::uint32_t i = 0; i < used_; ++i)
+            if (d[i]) d[n++] = d[i];
+        used_ = n;
+        index_.reset();
+        if (n > kIndexFrom / 2) buildIndex(n);
+    }
+
+    union {
+        T* inline_[kInline];
+        T** heap_;
+    };
+    std::uint32_t used_ = 0;  // slots in use, holes included
+    std::uint32_t capacity_ = kInline;
+    std::unique_ptr<Index> index_;
 };
 
 class Animatable {
@@ -213,6 +362,10 @@ public:
     virtual BOOL IsRealDependency(ReferenceTarget* rtarg) { return TRUE; }
     // Whether reference i may be moved to another target by a reference transfer.
     virtual BOOL CanTransferReference(int i) { return TRUE; }
+
+    // Asset enumeration (assetmanagement.h): a maker reports its own file assets, then calls this base, which
+    // enumerates the targets of its references.
+    virtual void EnumAuxFiles(AssetEnumCallback& assetEnum, DWORD flags);
 
     virtual IOResult Save(ISave* isave) { return IO_OK; }
     virtual IOResult Load(ILoad* iload) { return IO_OK; }

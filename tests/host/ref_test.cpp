@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <string>
+#include <vector>
+
 using testobj::Item;
 
 namespace {
@@ -265,4 +269,54 @@ TEST(RefSystem, PropertiesAndCustomAttributes) {
     watcher->DeleteMe();  // item goes with it; the kept property is unlinked, not deleted
     EXPECT_EQ(deleted, 1);
     EXPECT_EQ(Item::live, 0);
+}
+
+// The bookkeeping list against a plain model, through small lists (searched) and large ones (indexed, with holes
+// closed up later), growing and shrinking across the switch: order, counts, first entries and latest removals.
+TEST(RefSystem, TheBookkeepingListKeepsOrderCountsAndLatestRemovalAtEverySize) {
+    int items[40] = {};
+    RefList<int> list;
+    std::vector<int*> model;
+    auto check = [&](int step) {
+        SCOPED_TRACE("step " + std::to_string(step));
+        ASSERT_EQ(std::vector<int*>(list.begin(), list.end()), model);
+        ASSERT_EQ(list.size(), model.size());
+        ASSERT_EQ(list.empty(), model.empty());
+        std::vector<int*> unique;
+        for (int* p : model)
+            if (std::find(unique.begin(), unique.end(), p) == unique.end()) unique.push_back(p);
+        ASSERT_EQ(list.Unique(), unique);
+        for (int* p : {&items[0], &items[7], &items[39]}) {
+            ASSERT_EQ(list.Count(p), int(std::count(model.begin(), model.end(), p)));
+            ASSERT_EQ(list.Contains(p), std::count(model.begin(), model.end(), p) > 0);
+        }
+    };
+    unsigned seed = 12345;
+    auto next = [&seed](unsigned n) {
+        seed = seed * 1103515245u + 12345u;
+        return (seed >> 16) % n;
+    };
+    int step = 0;
+    for (int round = 0; round < 3; ++round) {
+        // Grow well past the switch (few distinct items, so repeats are common), then shrink back to empty.
+        const int span = round == 0 ? 5 : 40;
+        for (int i = 0; i < 60; ++i) {
+            int* p = &items[next(unsigned(span))];
+            list.Add(p);
+            model.push_back(p);
+            check(++step);
+        }
+        while (!model.empty()) {
+            int* p = next(4) == 0 ? &items[39] : model[next(unsigned(model.size()))];
+            auto last = std::find(model.rbegin(), model.rend(), p);
+            const bool had = last != model.rend();
+            if (had) model.erase(std::next(last).base());
+            ASSERT_EQ(list.RemoveOne(p), had);
+            check(++step);
+        }
+    }
+    list.Add(&items[1]);
+    list.Clear();
+    EXPECT_TRUE(list.empty());
+    EXPECT_EQ(list.begin(), list.end());
 }

@@ -1,7 +1,7 @@
 // Scene nodes: creation and handles, renames with undo, hierarchy and world transforms, deletion (re-entrant,
-// with re-linking), cloning, selection with undo, the messages of property changes, node-event callbacks,
-// external-scene entries, the scene node container and a save/open round trip of a hierarchy; and the
-// configurable identity class.
+// with re-linking), undo and redo of deletion, creation and links, cloning, selection with undo, the messages of
+// property changes, node-event callbacks, external-scene entries, the scene node container and a save/open round
+// trip of a hierarchy; and the configurable identity class.
 #include "core/class_directory.h"
 #include "core/paramblock_classes.h"
 #include "ilayer.h"
@@ -17,6 +17,7 @@
 #include "scene/identity_class.h"
 #include "scene/layers/layer_manager.h"
 #include "scene/materials/material_classes.h"
+#include "scene/named_sets.h"
 #include "scene/node.h"
 #include "scene/node_container.h"
 #include "scene/objects/object_classes.h"
@@ -312,6 +313,166 @@ TEST_F(SceneNodes, DeletionRelinksChildrenClearsReferencesAndIsReentrant) {
     INodeTab justP{p};
     ip()->DeleteNodes(justP, false);
     EXPECT_TRUE(sameTM(c1->GetNodeTM(0), aTM));  // its local transform, now under the root
+}
+
+TEST_F(SceneNodes, UndoneDeletionBringsTheNodeBackWhereItWasAndRedoDeletesItAgain) {
+    hostrt::RegisterNamedSelSetClasses();
+    INode* p = makeNode(L"p");
+    INode* a = makeNode(L"a");
+    INode* b = makeNode(L"b");
+    INode* c = makeNode(L"c");
+    INode* kid = makeNode(L"kid");
+    for (INode* n : {a, b, c}) p->AttachChild(n, FALSE);
+    Matrix3 bTM = TransMatrix(Point3(4.f, 0.f, 0.f));
+    b->SetNodeTM(0, bTM);
+    b->AttachChild(kid, FALSE);
+    const Matrix3 kidWorld = kid->GetNodeTM(0);
+    Mtl* mtl = NewDefaultStdMat();
+    b->SetMtl(mtl);
+    ILayer* layer = ip()->GetLayerManager()->CreateLayer(L"L");
+    ASSERT_TRUE(layer->AddToLayer(b));
+    ip()->SelectNode(a);
+    ip()->SelectNode(b, FALSE);
+    INodeTab members{a, b, c};
+    ASSERT_TRUE(ip()->AddNewNamedSelSet(members, L"set"));
+    Item holder("holder", 2);
+    holder.ReplaceReference(1, b);
+    auto& container = hostrt::SceneNodeContainer::Instance();
+    const int slot = container.FindRef(b);
+    const ULONG handle = b->GetHandle();
+    const AnimHandle anim = Animatable::GetHandleByAnim(b);
+    const Object* obj = b->GetObjectRef();
+
+    auto expectGone = [&] {
+        EXPECT_EQ(ip()->GetINodeByHandle(handle), nullptr);
+        EXPECT_EQ(childNames(p), (std::vector<std::wstring>{L"a", L"c"}));
+        EXPECT_EQ(kid->GetParentNode(), ip()->GetRootNode());
+        EXPECT_TRUE(sameTM(kid->GetNodeTM(0), kidWorld));
+        EXPECT_EQ(holder.GetReference(1), nullptr);
+        EXPECT_EQ(ip()->GetSelNodeCount(), 1);
+        EXPECT_EQ(ip()->GetNamedSelSetItemCount(0), 2);
+        EXPECT_EQ(layer->NumNodes(), 0);
+        EXPECT_EQ(container.FindRef(b), -1);
+    };
+    auto expectBack = [&] {
+        EXPECT_EQ(ip()->GetINodeByHandle(handle), b);
+        EXPECT_EQ(childNames(p), (std::vector<std::wstring>{L"a", L"b", L"c"}));
+        EXPECT_EQ(childNames(b), (std::vector<std::wstring>{L"kid"}));
+        EXPECT_TRUE(sameTM(kid->GetNodeTM(0), kidWorld));
+        EXPECT_TRUE(sameTM(b->GetNodeTM(0), bTM));
+        EXPECT_EQ(b->GetObjectRef(), obj);
+        EXPECT_EQ(b->GetMtl(), mtl);
+        EXPECT_EQ(b->GetLayer(), layer);
+        ASSERT_EQ(layer->NumNodes(), 1);
+        EXPECT_EQ(layer->GetNode(0), b);
+        EXPECT_EQ(holder.GetReference(1), b);
+        ASSERT_EQ(ip()->GetSelNodeCount(), 2);
+        EXPECT_EQ(ip()->GetSelNode(1), b);
+        EXPECT_TRUE(b->Selected());
+        ASSERT_EQ(ip()->GetNamedSelSetItemCount(0), 3);
+        EXPECT_EQ(ip()->GetNamedSelSetItem(0, 1), b);
+        EXPECT_EQ(container.FindRef(b), slot);  // the same slot: the container's order is kept
+    };
+
+    Broadcasts heardCodes({NOTIFY_SCENE_ADDED_NODE, NOTIFY_SCENE_PRE_DELETED_NODE, NOTIFY_SCENE_POST_DELETED_NODE});
+    theHold.Begin();
+    ip()->DeleteNode(b);
+    theHold.Accept(L"Delete");
+    expectGone();
+    ASSERT_EQ(theHold.NumUndoEntries(), 1);
+
+    ASSERT_TRUE(theHold.Undo());
+    expectBack();
+    ASSERT_TRUE(theHold.Redo());
+    expectGone();
+    ASSERT_TRUE(theHold.Undo());
+    expectBack();
+    EXPECT_EQ(heardCodes.Codes(), (std::vector<int>{68, 69, 67, 68, 69, 67}));
+    EXPECT_EQ(heardCodes.log[2].node, b);
+
+    // A cancelled hold puts the node back too; a deletion outside any hold is final at once.
+    theHold.Begin();
+    ip()->DeleteNode(b);
+    theHold.Cancel();
+    expectBack();
+    theHold.FlushUndoBuffer();  // no undo step may bring it back any more
+    ip()->DeleteNode(b);
+    EXPECT_EQ(Animatable::GetAnimByHandle(anim), nullptr);
+
+    // A deleted node that no undo step can bring back any more is destroyed.
+    INode* d = makeNode(L"d");
+    const AnimHandle dAnim = Animatable::GetHandleByAnim(d);
+    theHold.Begin();
+    ip()->DeleteNode(d);
+    theHold.Accept(L"Delete");
+    EXPECT_EQ(Animatable::GetAnimByHandle(dAnim), d);  // kept for the undo step
+    theHold.FlushUndoBuffer();
+    EXPECT_EQ(Animatable::GetAnimByHandle(dAnim), nullptr);
+}
+
+TEST_F(SceneNodes, CreationAndLinksUndoAndRedo) {
+    INode* p = makeNode(L"p");
+    INode* q = makeNode(L"q");
+    Matrix3 pTM = TransMatrix(Point3(0.f, 10.f, 0.f));
+    p->SetNodeTM(0, pTM);
+
+    // Creation: undo takes the node out of the scene, redo brings it back as it was made.
+    Broadcasts heardCodes({NOTIFY_SCENE_ADDED_NODE, NOTIFY_SCENE_PRE_DELETED_NODE, NOTIFY_SCENE_POST_DELETED_NODE,
+                           NOTIFY_NODE_LINKED});
+    theHold.Begin();
+    Object* box = newBox(3.f);
+    INode* n = makeNode(L"n", box);
+    theHold.Accept(L"Create");
+    const ULONG handle = n->GetHandle();
+    const AnimHandle boxAnim = Animatable::GetHandleByAnim(box);
+    ASSERT_TRUE(theHold.Undo());
+    EXPECT_EQ(ip()->GetINodeByHandle(handle), nullptr);
+    EXPECT_EQ(childNames(ip()->GetRootNode()), (std::vector<std::wstring>{L"p", L"q"}));
+    ASSERT_TRUE(theHold.Redo());
+    EXPECT_EQ(ip()->GetINodeByHandle(handle), n);
+    EXPECT_EQ(std::wstring(n->GetName()), L"n");
+    EXPECT_EQ(n->GetObjectRef(), box);
+    EXPECT_EQ(n->GetLayer(), ip()->GetLayerManager()->GetCurrentLayer());
+    EXPECT_EQ(childNames(ip()->GetRootNode()), (std::vector<std::wstring>{L"p", L"q", L"n"}));
+    EXPECT_EQ(heardCodes.Codes(), (std::vector<int>{67, 68, 69, 67}));
+
+    // Linking without keeping the transform moves the node; undo puts back its parent, place and transform.
+    const Matrix3 before = n->GetNodeTM(0);
+    heardCodes.log.clear();
+    theHold.Begin();
+    p->AttachChild(n, FALSE);
+    p->AttachChild(q, TRUE);
+    theHold.Accept(L"Link");
+    EXPECT_TRUE(sameTM(n->GetNodeTM(0), before * pTM));
+    ASSERT_TRUE(theHold.Undo());
+    EXPECT_EQ(childNames(ip()->GetRootNode()), (std::vector<std::wstring>{L"p", L"q", L"n"}));
+    EXPECT_EQ(p->NumberOfChildren(), 0);
+    EXPECT_TRUE(sameTM(n->GetNodeTM(0), before));
+    EXPECT_TRUE(sameTM(q->GetNodeTM(0), Matrix3()));
+    ASSERT_TRUE(theHold.Redo());
+    EXPECT_EQ(childNames(p), (std::vector<std::wstring>{L"n", L"q"}));
+    EXPECT_TRUE(sameTM(n->GetNodeTM(0), before * pTM));
+    EXPECT_TRUE(sameTM(q->GetNodeTM(0), Matrix3()));  // kept its place in the world
+    // 59 for each link, its undo and its redo.
+    EXPECT_EQ(heardCodes.Codes(), (std::vector<int>{59, 59, 59, 59, 59, 59}));
+
+    // Detaching is a link to the root: undo puts the node back in its old place among its siblings.
+    theHold.Begin();
+    n->Detach(0, TRUE);
+    theHold.Accept(L"Unlink");
+    EXPECT_EQ(childNames(p), (std::vector<std::wstring>{L"q"}));
+    ASSERT_TRUE(theHold.Undo());
+    EXPECT_EQ(childNames(p), (std::vector<std::wstring>{L"n", L"q"}));
+
+    // Undoing everything and dropping the redo steps destroys the node made in the first step, and its object.
+    while (theHold.Undo()) {
+    }
+    EXPECT_EQ(ip()->GetINodeByHandle(handle), nullptr);
+    theHold.Begin();
+    p->SetName(L"p2");  // a new step drops the redo steps
+    theHold.Accept(L"Rename");
+    EXPECT_EQ(theHold.NumRedoEntries(), 0);
+    EXPECT_EQ(Animatable::GetAnimByHandle(boxAnim), nullptr);
 }
 
 TEST_F(SceneNodes, CloneCopiesObjectsControllersAndHierarchyInOneOperation) {

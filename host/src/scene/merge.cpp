@@ -107,9 +107,7 @@ std::vector<INode*> MergeSceneFile(const MSTR& path, const MergeOptions& options
             std::vector<INode*> old;
             for (ULONG h : same->second)
                 if (Node* s = Node::ByHandle(h)) old.push_back(s);
-            theHold.Resume();
-            DeleteSceneNodes(old, true);
-            theHold.Suspend();
+            DeleteSceneNodes(old, true);  // with the hold suspended: a merge is not recorded
             sceneNames.erase(same);
         }
         top.push_back(n);

@@ -10,6 +10,7 @@
 #include "object.h"
 #include "scene/node_container.h"
 #include "scene/node_extensions.h"
+#include "scene/node_undo.h"
 #include "scene/scene.h"
 
 #include <algorithm>
@@ -107,6 +108,7 @@ Node* Node::MakeRoot(const MSTR& name) {
 
 Node::~Node() {
     registry().erase(handle_);
+    SceneNodeContainer::Instance().Remove(this);  // its slot is known: the container need not be searched
     if (selected_) Scene::Instance().DropFromSelection(this);
     Unlink();
     for (Node* c : children_)
@@ -140,11 +142,21 @@ bool Node::IsSelfOrAncestor(const Node* node) const {
     return false;
 }
 
-void Node::LinkChild(Node* child) {
+void Node::LinkChild(Node* child) { LinkChildAt(child, -1); }
+
+void Node::LinkChildAt(Node* child, int index) {
     if (!child || child == this || child->isRoot_) return;
     child->Unlink();
-    children_.push_back(child);
+    if (index < 0 || index >= int(children_.size()))
+        children_.push_back(child);
+    else
+        children_.insert(children_.begin() + index, child);
     child->parent_ = this;
+}
+
+int Node::ChildIndex(const Node* child) const {
+    auto it = std::find(children_.rbegin(), children_.rend(), child);
+    return it == children_.rend() ? -1 : int(children_.rend() - it) - 1;
 }
 
 void Node::Unlink() {
@@ -162,6 +174,7 @@ INode* Node::GetChildNode(int i) {
 
 void Node::attachTo(Node* parent, bool keepTM, TimeValue t) {
     const Matrix3 world = keepTM ? GetNodeTM(t) : Matrix3();
+    RecordNodeLink(this);
     parent->LinkChild(this);
     if (keepTM) {
         Matrix3 tm = world;

@@ -38,6 +38,10 @@ public:
     bool IsSelfOrAncestor(const Node* node) const;
     // Makes child the last child of this node, without messages, notifications or transform changes.
     void LinkChild(Node* child);
+    // Makes child child number index of this node (the last one when index is out of range), likewise silently.
+    void LinkChildAt(Node* child, int index);
+    // Position of child among this node's children, -1 when it is none of them.
+    int ChildIndex(const Node* child) const;
     // Takes this node out of its parent's children, without messages.
     void Unlink();
     // For a temporary root made to save some nodes: the children its save writes. The nodes keep their real

@@ -25,11 +25,33 @@ void SceneNodeContainer::Add(Node* node) {
     node->containerSlot = slot;
 }
 
+void SceneNodeContainer::AddAt(Node* node, int slot) {
+    if (!node || node->containerSlot >= 0) return;
+    if (slot < 0 || (slot < int(slots_.size()) && slots_[std::size_t(slot)])) {
+        Add(node);
+        return;
+    }
+    while (int(slots_.size()) <= slot) {
+        if (int(slots_.size()) < slot) free_.insert(int(slots_.size()));
+        slots_.push_back(nullptr);
+    }
+    RestoreReference(this, slot, node);
+    node->containerSlot = slot;
+}
+
 void SceneNodeContainer::Remove(Node* node) {
     if (!node || node->containerSlot < 0) return;
     const int slot = node->containerSlot;
     if (slot < int(slots_.size()) && slots_[std::size_t(slot)] == node) RestoreReference(this, slot, nullptr);
     node->containerSlot = -1;
+}
+
+RefResult SceneNodeContainer::NotifyRefChanged(const Interval&, RefTargetHandle hTarget, PartID&, RefMessage message,
+                                               BOOL) {
+    if (message == REFMSG_TARGET_DELETED && hTarget)
+        if (auto* n = dynamic_cast<Node*>(hTarget); n && n->containerSlot >= 0 && GetReference(n->containerSlot) == n)
+            Remove(n);
+    return REF_STOP;
 }
 
 RefTargetHandle SceneNodeContainer::GetReference(int i) {

@@ -17,9 +17,12 @@ public:
     static constexpr Class_ID kClassID = Class_ID(0x2A930130, 0x168B3DD9);
     static SceneNodeContainer& Instance();
 
-    // Takes node in (a free slot is reused) / lets it go. Neither sends messages nor records undo.
+    // Takes node in (the lowest free slot is reused) / lets it go. Neither sends messages nor records undo.
+    // Each is constant time (logarithmic in the free slots): a node knows its slot.
     void Add(Node* node);
     void Remove(Node* node);
+    // Takes node back into slot when that slot is free (undoing a deletion), else as Add does.
+    void AddAt(Node* node, int slot);
     // Number of nodes held.
     int NodeCount() const { return int(slots_.size() - free_.size()); }
 
@@ -29,10 +32,9 @@ public:
     int NumRefs() override { return int(slots_.size()); }
     RefTargetHandle GetReference(int i) override;
     void SetReference(int i, RefTargetHandle target) override;
-    // Messages of the nodes end here.
-    RefResult NotifyRefChanged(const Interval&, RefTargetHandle, PartID&, RefMessage, BOOL) override {
-        return REF_STOP;
-    }
+    // Messages of the nodes end here. A node being deleted leaves its slot at once, so the deletion need not
+    // look for it among the slots.
+    RefResult NotifyRefChanged(const Interval&, RefTargetHandle hTarget, PartID&, RefMessage message, BOOL) override;
     BOOL IsRealDependency(ReferenceTarget*) override { return FALSE; }
     BOOL CanTransferReference(int) override { return FALSE; }
     RefResult MaybeAutoDelete() override { return REF_FAIL; }

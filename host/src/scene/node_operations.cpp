@@ -8,7 +8,7 @@
 #include "object.h"
 #include "plugapi.h"
 #include "scene/node.h"
-#include "scene/node_container.h"
+#include "scene/node_undo.h"
 #include "scene/scene.h"
 
 #include <cwctype>
@@ -77,7 +77,7 @@ MSTR UniqueNodeName(const MSTR& base) { return uniqueName(base, sceneNodeNames()
 
 Node* CreateSceneNode(Object* obj) {
     NodeEventBatch batch;
-    theHold.Suspend();  // making a node is no undoable edit
+    theHold.Suspend();  // the parts of a new node are not recorded one by one: its creation is
     auto* n = new Node();
     n->InitName(obj ? obj->GetObjectName() : MSTR());
     if (auto* made = static_cast<Animatable*>(CreateInstance(CTRL_MATRIX3_CLASS_ID, kPRSControlID))) {
@@ -92,6 +92,7 @@ Node* CreateSceneNode(Object* obj) {
     theHold.Resume();
     Scene::Instance().RootNode()->LinkChild(n);
     Scene::Instance().SetSaveRequired(true);
+    RecordNodeCreated(n);  // undo takes the whole node out again
     announceAdded(n, true);
     return n;
 }
@@ -107,16 +108,14 @@ void DeleteSceneNodes(const std::vector<INode*>& nodes, bool keepChildTM) {
         if (n != original || n->IsRootNode()) continue;  // gone already (perhaps through a handler of 68)
         BroadcastNotification(NOTIFY_SCENE_PRE_DELETED_NODE, static_cast<INode*>(n));
         if (Node::ByHandle(handle) != n) continue;  // a handler deleted it, with its own 68 and 69
-        // A deletion is no undoable edit: nothing of it (the children's new transforms either) is recorded.
-        theHold.Suspend();
+        // While recording, the children's new links and transforms are recorded before the deletion itself.
+        const bool quiet = !RecordingSceneUndo();
+        if (quiet) theHold.Suspend();
         const std::vector<Node*> children = n->Children();
         for (Node* c : children) c->Detach(t, keepChildTM);
         RaiseNodeEvent(NodeEvent::Deleted, handle);
-        Scene::Instance().DropFromSelection(n);
-        n->Unlink();
-        SceneNodeContainer::Instance().Remove(n);
-        n->DeleteMe();
-        theHold.Resume();
+        TakeNodeOutOfScene(n);
+        if (quiet) theHold.Resume();
         Scene::Instance().SetSaveRequired(true);
         BroadcastNotification(NOTIFY_SCENE_POST_DELETED_NODE, nullptr);
     }

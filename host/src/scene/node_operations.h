@@ -14,11 +14,13 @@ class Node;
 
 // A new node under the scene root holding obj, named after the object, with a position-rotation-scale
 // controller (when that class is registered), on the layer manager's current layer. Broadcasts 64 and 67.
+// Undoable while holding.
 Node* CreateSceneNode(Object* obj);
 
 // Deletes each node: 68 (the node), its children re-linked to its tree root (keeping their world transforms
 // when keepChildTM is set; 59 each), out of the selection, every reference to it cleared, deleted, then 69.
 // Handlers of 68 may delete nodes themselves; nodes already gone when their turn comes are skipped.
+// Undoable while holding (see node_undo.h).
 void DeleteSceneNodes(const std::vector<INode*>& nodes, bool keepChildTM);
 
 // Clones nodes (and, with expandHierarchies, every node below them) in one remap operation: each clone gets

@@ -65,12 +65,37 @@ void RegisterSceneClasses() {
 
 // ------------------------------------------------------------------------------------- destroying objects
 
+namespace {
+
+// Every object a scene save would write for roots (real references, custom-attribute containers and host links),
+// in no particular order: cheaper than collecting them in file order.
+std::unordered_set<ReferenceTarget*> reachableFrom(const std::vector<ReferenceTarget*>& roots) {
+    std::unordered_set<ReferenceTarget*> seen;
+    std::vector<ReferenceTarget*> todo;
+    for (ReferenceTarget* r : roots)
+        if (r) todo.push_back(r);
+    while (!todo.empty()) {
+        ReferenceTarget* o = todo.back();
+        todo.pop_back();
+        if (!seen.insert(o).second) continue;
+        const int n = o->NumRefs();
+        for (int i = 0; i < n; ++i)
+            if (ReferenceTarget* t = o->GetReference(i); t && !seen.count(t) && o->IsRealDependency(t)) todo.push_back(t);
+        if (ICustAttribContainer* c = o->GetCustAttribContainer()) todo.push_back(c);
+        if (auto* links = dynamic_cast<ISceneLinks*>(o))
+            for (int i = 0; i < links->NumLinks(); ++i)
+                if (ReferenceTarget* t = links->GetLink(i)) todo.push_back(t);
+    }
+    return seen;
+}
+
+}  // namespace
+
 void DestroyObjectGraph(const std::vector<ReferenceTarget*>& roots, const std::vector<ReferenceTarget*>& protect) {
     std::vector<ReferenceTarget*> reached = CollectSceneObjects(roots);
     if (!protect.empty()) {
-        const std::vector<ReferenceTarget*> spared = CollectSceneObjects(protect);
-        const std::unordered_set<ReferenceTarget*> sparedSet(spared.begin(), spared.end());
-        reached.erase(std::remove_if(reached.begin(), reached.end(), [&](ReferenceTarget* o) { return sparedSet.count(o) > 0; }),
+        const std::unordered_set<ReferenceTarget*> spared = reachableFrom(protect);
+        reached.erase(std::remove_if(reached.begin(), reached.end(), [&](ReferenceTarget* o) { return spared.count(o) > 0; }),
                       reached.end());
     }
     std::vector<AnimHandle> handles;
@@ -327,9 +352,18 @@ void Scene::SetSelection(std::vector<Node*> nodes) {
 }
 
 void Scene::DropFromSelection(Node* node) {
+    if (!node->Selected()) return;  // the flag follows the list: nothing to look for
     auto it = std::find(selection_.begin(), selection_.end(), node);
     if (it != selection_.end()) selection_.erase(it);
     node->SetSelectedFlag(false);
+}
+
+void Scene::RestoreToSelection(Node* node, int index) {
+    if (!node || node->IsDeleted() || node->IsRootNode() || node->Selected()) return;
+    const auto at = index >= 0 && index < int(selection_.size()) ? selection_.begin() + index : selection_.end();
+    selection_.insert(at, node);
+    node->SetSelectedFlag(true);
+    RaiseNodeEvent(NodeEvent::SelectionChanged, node->GetHandle());
 }
 
 BaseObject* Scene::CurEditObject() const {

@@ -63,6 +63,8 @@ public:
     void SetSelection(std::vector<Node*> nodes);
     // Takes a node that is going away out of the selection (not undoable).
     void DropFromSelection(Node* node);
+    // Puts a node that comes back (an undone deletion) into the selection at position index (not recorded).
+    void RestoreToSelection(Node* node, int index);
 
     // Command panel: task mode and the object being edited (held by handle: a deleted object reads as null).
     int TaskMode() const { return taskMode_; }

@@ -1,0 +1,37 @@
+// File assets and asset enumeration: asset ids, the path configuration's input-asset record, and the base
+// enumeration that walks a maker's references.
+#include "assetmanagement.h"
+#include "ref.h"
+#include "winshim.h"
+
+#include <map>
+#include <utility>
+
+namespace MaxSDK::AssetManagement {
+
+AssetUser::AssetUser(const MSTR& fileName, AssetType type) : fileName_(fileName), type_(type) {
+    if (fileName.Length() == 0) return;
+    // One id per (file name, type) for the life of the process.
+    static std::map<std::pair<std::wstring, AssetType>, AssetId> ids;
+    auto [it, added] = ids.try_emplace({std::wstring(fileName.data()), type}, AssetId(ids.size()));
+    id_ = it->second;
+}
+
+}  // namespace MaxSDK::AssetManagement
+
+IPathConfigMgr* IPathConfigMgr::GetPathConfigMgr() {
+    static IPathConfigMgr mgr;
+    return &mgr;
+}
+
+void IPathConfigMgr::RecordInputAsset(const MaxSDK::AssetManagement::AssetUser& asset, AssetEnumCallback& callback,
+                                      DWORD flags) {
+    if (asset.IsEmpty()) return;
+    if ((flags & FILE_ENUM_MISSING_ONLY) && PathFileExistsW(asset.GetFileName().data())) return;
+    callback.RecordAsset(asset);
+}
+
+void ReferenceMaker::EnumAuxFiles(AssetEnumCallback& assetEnum, DWORD flags) {
+    for (int i = 0; i < NumRefs(); ++i)
+        if (ReferenceTarget* target = GetReference(i)) target->EnumAuxFiles(assetEnum, flags);
+}
