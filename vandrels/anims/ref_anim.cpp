@@ -1,56 +1,153 @@
 #include "anims/ref_anim.h"
 
 #include "frame/class_desc.h"
+#include "ioapi.h"
+#include "plugapi.h"
+#include "records/chunk_io.h"
 #include "resource.h"
 
-#define REFANIM_DESC(Class, Macro, NameId)                                                                    \
-    ClassDesc2* Get##Class##Desc() {                                                                         \
-        static SimpleClassDesc<Class> desc(NameId, L## #Class, REFANIM_SUPER_CLASS_ID, Macro##_CLASS_ID);     \
-        return &desc;                                                                                        \
-    }
+#include <algorithm>
 
-REFANIM_DESC(RefAnim, REFANIM, IDS_CLASS_REFANIM)
-REFANIM_DESC(RefAnimPblock, REFANIM_PBLOCK, IDS_CLASS_REFANIMPBLOCK)
-REFANIM_DESC(RefAnimPblock2, REFANIM_PBLOCK2, IDS_CLASS_REFANIMPBLOCK2)
-REFANIM_DESC(RefAnimIndepRefs, REFANIM_INDEPREFS, IDS_CLASS_REFANIMINDEPREFS)
-REFANIM_DESC(RefAnimCA, REFANIM_CA, IDS_CLASS_REFANIMCA)
-REFANIM_DESC(RefAnimListCtrl, REFANIM_LISTCTRL, IDS_CLASS_REFANIMLISTCTRL)
-REFANIM_DESC(RefAnimWithRefs, REFANIM_WITHREFS, IDS_CLASS_REFANIMWITHREFS)
-REFANIM_DESC(RefAnimLocDep, REFANIM_LOCDEP, IDS_CLASS_REFANIMLOCDEP)
-REFANIM_DESC(RefAnimLinkCtrl, REFANIM_LINKCTRL, IDS_CLASS_REFANIMLINKCTRL)
-REFANIM_DESC(RefAnimBip, REFANIM_BIP, IDS_CLASS_REFANIMBIP)
-REFANIM_DESC(RefAnimPointObj, REFANIM_POINTOBJ, IDS_CLASS_REFANIMPOINTOBJ)
-REFANIM_DESC(RefAnimStdLight, REFANIM_STDLIGHT, IDS_CLASS_REFANIMSTDLIGHT)
-REFANIM_DESC(RefAnimPointMod, REFANIM_POINTMOD, IDS_CLASS_REFANIMPOINTMOD)
-REFANIM_DESC(RefAnimMod, REFANIM_MOD, IDS_CLASS_REFANIMMOD)
-REFANIM_DESC(RefAnimWithRefsMod, REFANIM_WITHREFSMOD, IDS_CLASS_REFANIMWITHREFSMOD)
-REFANIM_DESC(RefAnimPFSource, REFANIM_PFSOURCE, IDS_CLASS_REFANIMPFSOURCE)
-REFANIM_DESC(RefAnimSkin, REFANIM_SKIN, IDS_CLASS_REFANIMSKIN)
-REFANIM_DESC(RefAnimMtl, REFANIM_MTL, IDS_CLASS_REFANIMMTL)
-REFANIM_DESC(RefAnimTexmap, REFANIM_TEXMAP, IDS_CLASS_REFANIMTEXMAP)
-REFANIM_DESC(RefAnimText, REFANIM_TEXT, IDS_CLASS_REFANIMTEXT)
-REFANIM_DESC(RefAnimLinkedXForm, REFANIM_LINKEDXFORM, IDS_CLASS_REFANIMLINKEDXFORM)
-REFANIM_DESC(RefAnimCloth, REFANIM_CLOTH, IDS_CLASS_REFANIMCLOTH)
-REFANIM_DESC(RefAnimConstraint, REFANIM_CONSTRAINT, IDS_CLASS_REFANIMCONSTRAINT)
-REFANIM_DESC(RefAnimMultiSubMtl, REFANIM_MULTISUBMTL, IDS_CLASS_REFANIMMULTISUBMTL)
-REFANIM_DESC(RefAnimReaction, REFANIM_REACTION, IDS_CLASS_REFANIMREACTION)
-REFANIM_DESC(RefAnimMorpher, REFANIM_MORPHER, IDS_CLASS_REFANIMMORPHER)
-REFANIM_DESC(RefAnimBevelProfile, REFANIM_BEVELPROFILE, IDS_CLASS_REFANIMBEVELPROFILE)
-REFANIM_DESC(RefAnimEuler, REFANIM_EULER, IDS_CLASS_REFANIMEULER)
-REFANIM_DESC(RefAnimPRS, REFANIM_PRS, IDS_CLASS_REFANIMPRS)
-REFANIM_DESC(RefAnimRWMS, REFANIM_RWMS, IDS_CLASS_REFANIMRWMS)
-REFANIM_DESC(RefAnimCAT, REFANIM_CAT, IDS_CLASS_REFANIMCAT)
-REFANIM_DESC(RefAnimCam, REFANIM_CAM, IDS_CLASS_REFANIMCAM)
-REFANIM_DESC(RefAnimBoolean, REFANIM_BOOLEAN, IDS_CLASS_REFANIMBOOLEAN)
-REFANIM_DESC(RefAnimTextPlus, REFANIM_TEXTPLUS, IDS_CLASS_REFANIMTEXTPLUS)
-REFANIM_DESC(RefAnimDerivObj, REFANIM_DERIVOBJ, IDS_CLASS_REFANIMDERIVOBJ)
-REFANIM_DESC(RefAnimLayerCtrl, REFANIM_LAYERCTRL, IDS_CLASS_REFANIMLAYERCTRL)
-REFANIM_DESC(RefAnimXRef, REFANIM_XREF, IDS_CLASS_REFANIMXREF)
-REFANIM_DESC(RefAnimContainer, REFANIM_CONTAINER, IDS_CLASS_REFANIMCONTAINER)
-REFANIM_DESC(RefAnimCATCtrl, REFANIM_CATCTRL, IDS_CLASS_REFANIMCATCTRL)
-REFANIM_DESC(RefAnimDataChannel, REFANIM_DATACHANNEL, IDS_CLASS_REFANIMDATACHANNEL)
-REFANIM_DESC(RefAnimPFTest, REFANIM_PFTEST, IDS_CLASS_REFANIMPFTEST)
-REFANIM_DESC(RefAnimRailClone, REFANIM_RAILCLONE, IDS_CLASS_REFANIMRAILCLONE)
-REFANIM_DESC(RefAnimBipCtrl, REFANIM_BIPCTRL, IDS_CLASS_REFANIMBIPCTRL)
-REFANIM_DESC(RefAnimForest, REFANIM_FOREST, IDS_CLASS_REFANIMFOREST)
-REFANIM_DESC(RefAnimLinkTM, REFANIM_LINKTM, IDS_CLASS_REFANIMLINKTM)
+namespace {
+
+// Base chunks of every animatable record.
+constexpr USHORT kPathCountChunk = 0x0023;
+constexpr USHORT kPathNameChunk = 0x0024;
+constexpr USHORT kNumberCountChunk = 0x0025;
+constexpr USHORT kNumberChunk = 0x0026;
+constexpr USHORT kStateChunk = 0x0027;
+constexpr USHORT kOptionChunk = 0x0028;
+// Wraps the base chunks of kinds that save state of their own after them.
+constexpr USHORT kWrappedBaseChunk = 0x0029;
+
+// Room reserved ahead of a path read from a file; longer paths still load, they just grow.
+constexpr int kMaxReserve = 128;
+
+}  // namespace
+
+RefAnim::~RefAnim() { freePath(); }
+
+void RefAnim::freePath() {
+    for (WStr* name : path_) delete name;
+    path_.ZeroCount();
+}
+
+void RefAnim::SetPath(const Tab<WStr*>& names) {
+    // The same strings may come back (a copy from GetPath): free only those that are not taken over.
+    for (WStr* old : path_)
+        if (!names.Contains(old)) delete old;
+    path_ = names;
+}
+
+BOOL RefAnim::IsRealDependency(ReferenceTarget*) {
+    return TestOverrideBits(kOverrideModified | kOverrideReplaced | kOverrideLocDep) ? TRUE : FALSE;
+}
+
+RefResult RefAnim::NotifyRefChanged(const Interval&, RefTargetHandle, PartID&, RefMessage, BOOL) { return REF_STOP; }
+
+// ------------------------------------------------------------------------------------------ cloning
+
+RefTargetHandle RefAnim::Clone(RemapDir& remap) {
+    auto* made = static_cast<Animatable*>(CreateInstance(SuperClassID(), ClassID()));
+    auto* clone = dynamic_cast<RefAnim*>(made);
+    if (!clone) {
+        if (made) made->DeleteThis();
+        return nullptr;
+    }
+    BaseClone(this, clone, remap);
+    return clone;
+}
+
+void RefAnim::BaseClone(ReferenceTarget* from, ReferenceTarget* to, RemapDir& remap) {
+    ReferenceTarget::BaseClone(from, to, remap);
+    auto* src = dynamic_cast<RefAnim*>(from);
+    auto* dst = dynamic_cast<RefAnim*>(to);
+    if (!src || !dst) return;
+    Tab<WStr*> names;
+    for (WStr* name : src->path_) names.Append(name ? new WStr(*name) : nullptr);
+    dst->SetPath(names);
+    dst->pathByNumber_ = src->pathByNumber_;
+    dst->overrideState_ = src->overrideState_;
+    if (src->anim_ && src->IsRealDependency(src->anim_)) dst->ReplaceReference(0, remap.CloneRef(src->anim_));
+}
+
+// ------------------------------------------------------------------------------------------ save and load
+
+IOResult RefAnim::SaveBaseChunks(ISave* isave) {
+    const std::int32_t names = path_.Count();
+    if (chunkio::SaveValueChunk(isave, kPathCountChunk, names) != IO_OK) return IO_ERROR;
+    for (WStr* name : path_) {
+        isave->BeginChunk(kPathNameChunk);
+        const IOResult res = isave->WriteWString(name ? name->data() : L"");
+        isave->EndChunk();
+        if (res != IO_OK) return res;
+    }
+    const std::int32_t numbers = pathByNumber_.Count();
+    if (chunkio::SaveValueChunk(isave, kNumberCountChunk, numbers) != IO_OK) return IO_ERROR;
+    for (int number : pathByNumber_)
+        if (chunkio::SaveValueChunk(isave, kNumberChunk, std::int32_t(number)) != IO_OK) return IO_ERROR;
+    if (chunkio::SaveValueChunk(isave, kStateChunk, overrideState_) != IO_OK) return IO_ERROR;
+    return chunkio::SaveValueChunk(isave, kOptionChunk, std::int32_t(option_));
+}
+
+IOResult RefAnim::SaveWrappedBaseChunks(ISave* isave) {
+    isave->BeginChunk(kWrappedBaseChunk);
+    const IOResult res = SaveBaseChunks(isave);
+    isave->EndChunk();
+    return res;
+}
+
+IOResult RefAnim::Save(ISave* isave) { return SaveBaseChunks(isave); }
+
+IOResult RefAnim::Load(ILoad* iload) { return loadChunks(iload, false); }
+
+IOResult RefAnim::loadChunks(ILoad* iload, bool wrapped) {
+    IOResult res;
+    while ((res = iload->OpenChunk()) == IO_OK) {
+        std::int32_t count = 0;
+        switch (iload->CurChunkID()) {
+        case kPathCountChunk:
+        case kNumberCountChunk:
+            res = chunkio::ReadValue(iload, count);
+            if (res == IO_OK && count < 0) res = IO_ERROR;
+            if (res == IO_OK) {
+                const int room = std::min(int(count), kMaxReserve);
+                if (iload->CurChunkID() == kPathCountChunk)
+                    path_.Resize(path_.Count() + room);
+                else
+                    pathByNumber_.Resize(pathByNumber_.Count() + room);
+            }
+            break;
+        case kPathNameChunk: {
+            MSTR name;
+            res = iload->ReadWStringChunk(name);
+            if (res == IO_OK) path_.Append(new WStr(name));
+            break;
+        }
+        case kNumberChunk:
+            res = chunkio::ReadValue(iload, count);
+            if (res == IO_OK) pathByNumber_.Append(count);
+            break;
+        case kStateChunk: res = chunkio::ReadValue(iload, overrideState_); break;
+        case kOptionChunk:
+            res = chunkio::ReadValue(iload, count);
+            if (res == IO_OK) option_ = count;
+            break;
+        case kWrappedBaseChunk:
+            // The base chunks of a kind with state of its own; nothing else lives in there.
+            res = wrapped ? IO_OK : loadChunks(iload, true);
+            break;
+        default: res = wrapped ? IO_OK : LoadChunk(iload); break;
+        }
+        iload->CloseChunk();
+        if (res != IO_OK) return res;
+    }
+    return res == IO_END ? IO_OK : res;
+}
+
+// ------------------------------------------------------------------------------------------ descriptor
+
+ClassDesc2* GetRefAnimDesc() {
+    static SimpleClassDesc<RefAnim> desc(IDS_CLASS_REFANIM, L"RefAnim", REFANIM_SUPER_CLASS_ID, REFANIM_CLASS_ID);
+    return &desc;
+}

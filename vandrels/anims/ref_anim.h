@@ -1,232 +1,102 @@
-// The animatable records: the base record that addresses one animatable below its owner record's target,
-// and one subclass per kind of animatable.
+// The animatable record: holds one animatable below its owner record's target (reference 0), the path that
+// addresses it there (names and sub-anim numbers, level by level) and the override state that says what the
+// user changed on it locally. The kinds of animatable records derive from it (anims/ref_anim_family.h).
 #pragma once
 
 #include "frame/class_ids.h"
 #include "ref.h"
 
+#include <cstdint>
+
+class RefBase;
+
+// Override state bits, in the order diagnostics print them.
+enum RefAnimOverride : std::uint8_t {
+    kOverrideReplaced = 0x01,  // the animatable at the path was replaced locally; the record holds the local one
+    kOverrideModified = 0x02,  // the animatable was changed locally
+    kOverrideLocDep = 0x04,    // local (non-referenced) scene content uses the animatable
+    kOverrideAdded = 0x08,
+    kOverrideRemoved = 0x10,
+    kOverrideRenamed = 0x20,
+    kOverrideToggled = 0x40,
+};
+
 class RefAnim : public ReferenceTarget {
 public:
+    RefAnim() = default;
+    ~RefAnim() override;
+
     Class_ID ClassID() override { return REFANIM_CLASS_ID; }
     SClass_ID SuperClassID() override { return REFANIM_SUPER_CLASS_ID; }
-};
 
-class RefAnimPblock : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_PBLOCK_CLASS_ID; }
-};
+    // Record type code: the first part of the class identifier unless a kind says otherwise.
+    virtual std::uint32_t GetType() { return ClassID().PartA(); }
 
-class RefAnimPblock2 : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_PBLOCK2_CLASS_ID; }
-};
+    // The held animatable (reference 0).
+    Animatable* GetAnim() const { return anim_; }
 
-class RefAnimIndepRefs : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_INDEPREFS_CLASS_ID; }
-};
+    // The owner record: the node or material record whose list holds this record (not a reference).
+    RefBase* GetOwner() const { return owner_; }
+    void SetOwner(RefBase* owner) { owner_ = owner; }
 
-class RefAnimCA : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_CA_CLASS_ID; }
-};
+    // The name path; the record takes the strings over (and frees the ones it had).
+    void SetPath(const Tab<WStr*>& names);
+    // A copy of the name path (the same string pointers).
+    Tab<WStr*> GetPath() const { return path_; }
+    void SetPathByNumber(const Tab<int>& numbers) { pathByNumber_ = numbers; }
+    Tab<int> GetPathByNumber() const { return pathByNumber_; }
 
-class RefAnimListCtrl : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_LISTCTRL_CLASS_ID; }
-};
+    std::uint8_t GetOverrideState() const { return overrideState_; }
+    void SetOverrideState(std::uint8_t state) { overrideState_ = state; }
+    std::uint8_t TestOverrideBits(std::uint8_t bits) const { return overrideState_ & bits; }
+    // A record reports an override when any state bit is set.
+    bool HasOverride() const { return overrideState_ != 0; }
 
-class RefAnimWithRefs : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_WITHREFS_CLASS_ID; }
-};
+    int GetOption() const { return option_; }
+    void SetOption(int value) { option_ = value; }
+    // String-table id of the last step the record performed; -1 before the first.
+    int GetLastOperation() const { return lastOperation_; }
+    int GetResetStamp() const { return resetStamp_; }
+    void SetResetStamp(int stamp) { resetStamp_ = stamp; }
 
-class RefAnimLocDep : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_LOCDEP_CLASS_ID; }
-};
+    // References: 0 is the animatable; every index answers it.
+    int NumRefs() override { return 1; }
+    RefTargetHandle GetReference(int) override { return anim_; }
+    void SetReference(int, RefTargetHandle target) override { anim_ = target; }
+    // The animatable is a real dependency only while the record carries it as its own: Modified, Replaced or
+    // LocDep. A clean record keeps its animatable weakly, so scene saves leave referenced content out.
+    BOOL IsRealDependency(ReferenceTarget* target) override;
+    // Changes of the held animatable stop at the record: they are not passed on to its dependents.
+    RefResult NotifyRefChanged(const Interval& changeInt, RefTargetHandle hTarget, PartID& partID, RefMessage message,
+                               BOOL propagate) override;
 
-class RefAnimLinkCtrl : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_LINKCTRL_CLASS_ID; }
-};
+    // A fresh record of the same class with the paths and the override state; the animatable is cloned only
+    // when it is a real dependency. Owner, option, last operation and reset stamp start anew.
+    RefTargetHandle Clone(RemapDir& remap) override;
+    void BaseClone(ReferenceTarget* from, ReferenceTarget* to, RemapDir& remap) override;
 
-class RefAnimBip : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_BIP_CLASS_ID; }
-};
+    // The base chunks 0x0023 to 0x0028. Kinds with state of their own save them wrapped in 0x0029
+    // (SaveWrappedBaseChunks) ahead of their own chunks.
+    IOResult Save(ISave* isave) override;
+    // Reads the base chunks, at the top level or wrapped in 0x0029; every other chunk goes to LoadChunk.
+    IOResult Load(ILoad* iload) override;
 
-class RefAnimPointObj : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_POINTOBJ_CLASS_ID; }
-};
+protected:
+    // A chunk of the kind's own, open in iload; unknown chunks are skipped.
+    virtual IOResult LoadChunk(ILoad* /*iload*/) { return IO_OK; }
+    IOResult SaveBaseChunks(ISave* isave);
+    IOResult SaveWrappedBaseChunks(ISave* isave);
 
-class RefAnimStdLight : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_STDLIGHT_CLASS_ID; }
-};
+private:
+    IOResult loadChunks(ILoad* iload, bool wrapped);
+    void freePath();
 
-class RefAnimPointMod : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_POINTMOD_CLASS_ID; }
-};
-
-class RefAnimMod : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_MOD_CLASS_ID; }
-};
-
-class RefAnimWithRefsMod : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_WITHREFSMOD_CLASS_ID; }
-};
-
-class RefAnimPFSource : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_PFSOURCE_CLASS_ID; }
-};
-
-class RefAnimSkin : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_SKIN_CLASS_ID; }
-};
-
-class RefAnimMtl : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_MTL_CLASS_ID; }
-};
-
-class RefAnimTexmap : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_TEXMAP_CLASS_ID; }
-};
-
-class RefAnimText : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_TEXT_CLASS_ID; }
-};
-
-class RefAnimLinkedXForm : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_LINKEDXFORM_CLASS_ID; }
-};
-
-class RefAnimCloth : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_CLOTH_CLASS_ID; }
-};
-
-class RefAnimConstraint : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_CONSTRAINT_CLASS_ID; }
-};
-
-class RefAnimMultiSubMtl : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_MULTISUBMTL_CLASS_ID; }
-};
-
-class RefAnimReaction : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_REACTION_CLASS_ID; }
-};
-
-class RefAnimMorpher : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_MORPHER_CLASS_ID; }
-};
-
-class RefAnimBevelProfile : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_BEVELPROFILE_CLASS_ID; }
-};
-
-class RefAnimEuler : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_EULER_CLASS_ID; }
-};
-
-class RefAnimPRS : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_PRS_CLASS_ID; }
-};
-
-class RefAnimRWMS : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_RWMS_CLASS_ID; }
-};
-
-class RefAnimCAT : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_CAT_CLASS_ID; }
-};
-
-class RefAnimCam : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_CAM_CLASS_ID; }
-};
-
-class RefAnimBoolean : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_BOOLEAN_CLASS_ID; }
-};
-
-class RefAnimTextPlus : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_TEXTPLUS_CLASS_ID; }
-};
-
-class RefAnimDerivObj : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_DERIVOBJ_CLASS_ID; }
-};
-
-class RefAnimLayerCtrl : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_LAYERCTRL_CLASS_ID; }
-};
-
-class RefAnimXRef : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_XREF_CLASS_ID; }
-};
-
-class RefAnimContainer : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_CONTAINER_CLASS_ID; }
-};
-
-class RefAnimCATCtrl : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_CATCTRL_CLASS_ID; }
-};
-
-class RefAnimDataChannel : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_DATACHANNEL_CLASS_ID; }
-};
-
-class RefAnimPFTest : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_PFTEST_CLASS_ID; }
-};
-
-class RefAnimRailClone : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_RAILCLONE_CLASS_ID; }
-};
-
-class RefAnimBipCtrl : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_BIPCTRL_CLASS_ID; }
-};
-
-class RefAnimForest : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_FOREST_CLASS_ID; }
-};
-
-class RefAnimLinkTM : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_LINKTM_CLASS_ID; }
+    RefBase* owner_ = nullptr;
+    ReferenceTarget* anim_ = nullptr;
+    Tab<WStr*> path_;
+    Tab<int> pathByNumber_;
+    std::uint8_t overrideState_ = 0;
+    int option_ = 0;
+    int lastOperation_ = -1;
+    int resetStamp_ = 0;
 };

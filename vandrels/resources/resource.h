@@ -2,9 +2,11 @@
 // identifier rather than a text, and class names are looked up by these numbers.
 #pragma once
 
-// Library, category and parameter texts
+// Library description and category
 #define IDS_LIBDESCRIPTION 1
 #define IDS_CATEGORY 2
+
+// Helper parameters: rollout title, parameter labels, the file-type filter and the parking-place asset name
 #define IDS_PARAMETERS 4
 #define IDS_MAIN_FILE_PATH 5
 #define IDS_XREF_ENTRY_ASSET 7
@@ -76,3 +78,104 @@
 #define IDS_CLASS_REFANIMBIPCTRL 159
 #define IDS_CLASS_REFANIMFOREST 160
 #define IDS_CLASS_REFANIMLINKTM 163
+
+// Names of the extra entries of the sub-anim address space (custom-attribute container and node entries)
+#define IDS_SUBANIM_CAC 36
+#define IDS_SUBANIM_VIS 37
+#define IDS_SUBANIM_MODS 38
+#define IDS_SUBANIM_TM 39
+#define IDS_SUBANIM_BO 40
+#define IDS_SUBANIM_IMBM 41
+#define IDS_SUBANIM_MBO 42
+
+// Names of the temporary Biped files
+#define IDS_BIP_DATA_FILE 35
+#define IDS_BIP_MIXER_DATA_FILE 162
+#define IDS_BIP_FIG_FILE 233
+
+// Step words of loading a reference, in step order
+#define IDS_STEP_LOAD_CLEANED 81
+#define IDS_STEP_LOAD_MERGED 82
+#define IDS_STEP_LOAD_LAYERS_COLLECTED 83
+#define IDS_STEP_LOAD_LAYERS_PARENT_COLLECTED 84
+#define IDS_STEP_LOAD_MATERIALS_MONITORED 85
+#define IDS_STEP_LOAD_NODES_TO_DELETE_COLLECTED 86
+#define IDS_STEP_LOAD_NODES_MONITORED 87
+#define IDS_STEP_LOAD_MATERIALS_ADDED_TO_SCENE 88
+#define IDS_STEP_LOAD_NODES_DELETED 89
+#define IDS_STEP_LOAD_PRE_LOADED 90
+#define IDS_STEP_LOAD_UNDO_CLEARED 91
+
+// Step words of unloading, in step order (the lightening of dependents, 97, comes before the deletion, 96)
+#define IDS_STEP_UNLOAD_UNDO_CLEARED 92
+#define IDS_STEP_UNLOAD_HOLD_CHECKED 93
+#define IDS_STEP_UNLOAD_REMEMBERED 94
+#define IDS_STEP_UNLOAD_LIGHTENED 95
+#define IDS_STEP_UNLOAD_LIGHTING2 97
+#define IDS_STEP_UNLOAD_NODES_DELETED 96
+#define IDS_STEP_UNLOAD_LIGHTING_NORMAL 98
+
+// Step words of the pre-save step, in step order
+#define IDS_STEP_SAVE_CLEANED 99
+#define IDS_STEP_SAVE_REMEMBERED 100
+#define IDS_STEP_SAVE_LINKING 101
+#define IDS_STEP_SAVE_LOC_DEP_COLLECT 102
+#define IDS_STEP_SAVE_LIGHTING_2 103
+
+// Step words of the post-save restore, in step order
+#define IDS_STEP_RESTORE_LIGHTING_RESTORE 104
+#define IDS_STEP_RESTORE_LIGHTING_RESTORE_2 117
+#define IDS_STEP_RESTORE_LINKING_RESTORE 105
+#define IDS_STEP_RESTORE_RESTORE 106
+
+// Step words of layer monitoring, in step order
+#define IDS_STEP_LAYERS_CLEANED 107
+#define IDS_STEP_LAYERS_MONITORED 108
+#define IDS_STEP_LAYERS_EXISTED_CHECK 109
+#define IDS_STEP_LAYERS_NEW_LAYER_NAME 114
+#define IDS_STEP_LAYERS_RENAMING 115
+#define IDS_STEP_LAYERS_STORED 116
+
+// Step words of merging a reference file, in step order
+#define IDS_STEP_MERGE_INITIALIZED 110
+#define IDS_STEP_MERGE_SCENE_MTLS 111
+#define IDS_STEP_MERGE_MERGED 112
+#define IDS_STEP_MERGE_XREF_CHECK 113
+
+// Step words of the animatable records (123 is the override below a parent that is no parameter block)
+#define IDS_STEP_ANIM_OVERRIDE_LOC_DEP 118
+#define IDS_STEP_ANIM_GET_ANIM_BY_PATH 119
+#define IDS_STEP_ANIM_DEFAULT_OVERRIDE 120
+#define IDS_STEP_ANIM_PBLOCK1_PRE_OVERRIDE 121
+#define IDS_STEP_ANIM_PBLOCK2_PRE_OVERRIDE 122
+#define IDS_STEP_ANIM_DEFAULT_PRE_OVERRIDE 123
+#define IDS_STEP_ANIM_SET_ANIM 124
+
+// Step words of a node record's update, in step order
+#define IDS_STEP_UPDATE_PRE_TRANSFER 125
+#define IDS_STEP_UPDATE_POST_TRANSFER 126
+#define IDS_STEP_UPDATE_TRANSFER 127
+#define IDS_STEP_UPDATE_CLEANED 128
+#define IDS_STEP_UPDATE_OVERRIDE_REF 129
+
+// Override category words: the step in force while a node record re-applies that category
+#define IDS_OVR_NAME 140
+#define IDS_OVR_MATERIAL 141
+#define IDS_OVR_PARENT 142
+#define IDS_OVR_GROUPING 143
+#define IDS_OVR_LAYER 144
+#define IDS_OVR_OBJECT_OFFSET_TM 145
+#define IDS_OVR_SKIN_POSE 146
+#define IDS_OVR_WIRE_COLOR 147
+#define IDS_OVR_HIDDEN 148
+#define IDS_OVR_FROZEN 149
+#define IDS_OVR_PROPS_DISPLAY 150
+#define IDS_OVR_PROPS_RENDER 151
+#define IDS_OVR_PROPS_USER 152
+#define IDS_OVR_PROPS_BONE 153
+#define IDS_OVR_TM_LOCKS_FLAGS 154
+#define IDS_OVR_EXCL_LIST 155
+#define IDS_OVR_OBJ_LOC_DEP 156
+#define IDS_OVR_CHILDREN 157
+#define IDS_OVR_SELECTION_SETS 161
+#define IDS_OVR_EXCL_LIST_MISC 165
