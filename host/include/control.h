@@ -57,6 +57,9 @@ public:
     virtual BOOL IsKeyable() { return FALSE; }
     // Whether the controller can be split into independent tracks; zero for whole-matrix controllers.
     virtual BOOL IsLeaf() { return TRUE; }
+    // Whether the user may replace the controller by another one; zero for controllers that a system owns
+    // (solvers and rigs that drive a whole transform).
+    virtual BOOL IsReplaceable() { return TRUE; }
     virtual int GetORT(int type) { return type == ORT_BEFORE ? ortBefore_ : ortAfter_; }
     virtual void SetORT(int ort, int type) { (type == ORT_BEFORE ? ortBefore_ : ortAfter_) = ort; }
     void* GetInterface(ULONG id) override { return id == I_CONTROL ? this : ReferenceTarget::GetInterface(id); }

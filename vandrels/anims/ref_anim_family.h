@@ -12,6 +12,25 @@ public:
 class RefAnimPblock2 : public RefAnim {
 public:
     Class_ID ClassID() override { return REFANIM_PBLOCK2_CLASS_ID; }
+    // The table-resize override mode (0, 1 or 2) and the undo group pick the record's type code.
+    void SetMode(int tabResizeOverride, bool undoGroup) {
+        tabResizeOverride_ = tabResizeOverride;
+        undoGroup_ = undoGroup;
+    }
+    int GetTabResizeOverride() const { return tabResizeOverride_; }
+    bool IsUndoGroup() const { return undoGroup_; }
+    std::uint32_t GetType() override {
+        switch (tabResizeOverride_) {
+        case 0: return undoGroup_ ? 0x00030036 : 0x00230004;
+        case 1: return 0x00230029;
+        case 2: return 0x0023002A;
+        default: return 0x00230004;
+        }
+    }
+
+private:
+    int tabResizeOverride_ = 0;
+    bool undoGroup_ = false;
 };
 
 class RefAnimIndepRefs : public RefAnim {
@@ -79,6 +98,13 @@ public:
 class RefAnimPFSource : public RefAnim {
 public:
     Class_ID ClassID() override { return REFANIM_PFSOURCE_CLASS_ID; }
+    // 1 for a Particle Flow source, 0 for an event; it picks the record's type code.
+    void SetMode(int mode) { mode_ = mode; }
+    int GetMode() const { return mode_; }
+    std::uint32_t GetType() override { return mode_ > 0 ? 0x00030016 : 0x00030017; }
+
+private:
+    int mode_ = 0;
 };
 
 class RefAnimSkin : public RefAnimMod {

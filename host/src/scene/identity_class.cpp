@@ -22,7 +22,7 @@ constexpr USHORT kRefsChunk = 0x0001;        // u32 number of references
 constexpr USHORT kSubAnimChunk = 0x0002;     // i32 reference index, then the name (one chunk per sub-anim)
 constexpr USHORT kNumericChunk = 0x0003;     // u32 count, u32 ids
 constexpr USHORT kInterfaceChunk = 0x0004;   // u32 count, (u32, u32) ids
-constexpr USHORT kFlagsChunk = 0x0005;       // u32: bit 0 anim copy, bit 1 leaf
+constexpr USHORT kFlagsChunk = 0x0005;       // u32: bit 0 anim copy, bit 1 leaf, bit 2 not replaceable
 // Most references or interfaces an identity object accepts from a file.
 constexpr ULONG kMaxCount = 1u << 20;
 
@@ -42,6 +42,7 @@ struct Config {
     std::vector<std::pair<int, MSTR>> subs;
     bool canCopyAnim = true;
     bool leaf = true;
+    bool replaceable = true;
 };
 
 template <class Base> class Identity : public Base, public IdentityClass {
@@ -97,6 +98,7 @@ public:
     }
     void SetCanCopyAnim(bool on) override { cfg_.canCopyAnim = on; }
     void SetIsLeaf(bool on) override { cfg_.leaf = on; }
+    void SetIsReplaceable(bool on) override { cfg_.replaceable = on; }
 
     // ---- Persistence and cloning.
     IOResult Save(ISave* s) override {
@@ -125,7 +127,7 @@ public:
             ids.push_back(i->GetID().PartB());
         }
         if (r == IO_OK) r = chunk(kInterfaceChunk, ids.data(), ULONG(ids.size() * sizeof(ULONG)));
-        const ULONG flags = (cfg_.canCopyAnim ? 1u : 0u) | (cfg_.leaf ? 2u : 0u);
+        const ULONG flags = (cfg_.canCopyAnim ? 1u : 0u) | (cfg_.leaf ? 2u : 0u) | (cfg_.replaceable ? 0u : 4u);
         if (r == IO_OK) r = chunk(kFlagsChunk, &flags, sizeof flags);
         return r;
     }
@@ -169,6 +171,7 @@ public:
                 ok = l->Read(&n, sizeof n, &got) == IO_OK;
                 cfg_.canCopyAnim = (n & 1u) != 0;
                 cfg_.leaf = (n & 2u) != 0;
+                cfg_.replaceable = (n & 4u) == 0;
                 break;
             default: break;
             }
@@ -185,6 +188,7 @@ public:
         c->cfg_.subs = cfg_.subs;
         c->cfg_.canCopyAnim = cfg_.canCopyAnim;
         c->cfg_.leaf = cfg_.leaf;
+        c->cfg_.replaceable = cfg_.replaceable;
         c->SetNumRefs(NumRefs());
         this->BaseClone(this, c, remap);
         for (int i = 0; i < NumRefs(); ++i)
@@ -220,6 +224,7 @@ public:
     }
     void SetValue(TimeValue, void*, int, GetSetMethod) override {}
     BOOL IsLeaf() override { return cfg_.leaf; }
+    BOOL IsReplaceable() override { return cfg_.replaceable; }
     // Controllers answer I_CONTROL whatever the configured set says.
     void* GetInterface(ULONG id) override { return id == I_CONTROL ? this : Identity::GetInterface(id); }
     using Identity::GetInterface;

@@ -36,6 +36,8 @@ public:
     virtual void SetCanCopyAnim(bool on) = 0;
     // What a controller's IsLeaf answers (TRUE unless set).
     virtual void SetIsLeaf(bool on) = 0;
+    // What a controller's IsReplaceable answers (TRUE unless set).
+    virtual void SetIsReplaceable(bool on) = 0;
 };
 
 // Registers the descriptor of that identity without making an object (so that a file holding such objects can
