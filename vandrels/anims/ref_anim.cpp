@@ -3,10 +3,15 @@
 #include "frame/class_desc.h"
 #include "ioapi.h"
 #include "plugapi.h"
+#include "frame/module.h"
+#include "listener.h"
 #include "records/chunk_io.h"
+#include "records/ref_base.h"
+#include "records/scene_utils.h"
 #include "resource.h"
 
 #include <algorithm>
+#include <set>
 
 namespace {
 
@@ -23,6 +28,9 @@ constexpr USHORT kWrappedBaseChunk = 0x0029;
 // Room reserved ahead of a path read from a file; longer paths still load, they just grow.
 constexpr int kMaxReserve = 128;
 
+// String-table id of the "SetAnim" step.
+constexpr int kStepSetAnim = 124;
+
 }  // namespace
 
 RefAnim::~RefAnim() { freePath(); }
@@ -37,6 +45,102 @@ void RefAnim::SetPath(const Tab<WStr*>& names) {
     for (WStr* old : path_)
         if (!names.Contains(old)) delete old;
     path_ = names;
+}
+
+// ------------------------------------------------------------------------------------------ operations
+
+void RefAnim::SetAnim(Animatable* anim) {
+    OverrideLocDep(anim);
+    ReplaceReference(0, static_cast<ReferenceTarget*>(anim));
+    lastOperation_ = kStepSetAnim;
+}
+
+// the animatable record's transfer of local users arrives with the reference transfer
+void RefAnim::OverrideLocDep(Animatable*) {}
+
+// the animatable record's collect arrives with its monitor
+void RefAnim::Collect(Animatable*) {}
+
+// the animatable record's override arrives with path resolution
+void RefAnim::Override(Animatable*) {}
+
+int RefAnim::ResetOverrides(DWORD) {
+    if (IsGeneric()) {
+        overrideState_ = 0;
+        return 0;
+    }
+    if (!anim_) return 1;
+    return IsLocDep(anim_) ? 2 : 1;
+}
+
+namespace {
+
+bool IsLocalUser(Animatable* anim, std::set<Animatable*>& seen);
+
+// Material-like classes that a scene-material holder (class 0x00002222) keeps alive as local users.
+bool IsSceneMaterialClass(const Class_ID& cid) {
+    return cid == Class_ID(0x00000C80, 0) || cid == Class_ID(0xEE448B23, 0) ||
+           cid == Class_ID(0x8D73B8AA, 0x90F2EE71) || cid == Class_ID(0x17356912, 0);
+}
+
+bool IsLocalDependent(ReferenceMaker* dep, Animatable* anim, std::set<Animatable*>& seen) {
+    const SClass_ID sclass = dep->SuperClassID();
+    if (sclass == 0x0001) return !FindNodeRecord(static_cast<INode*>(dep));
+    if (sclass == REFANIM_SUPER_CLASS_ID || sclass == REFBASE_SUPER_CLASS_ID)
+        return dep->IsRealDependency(static_cast<ReferenceTarget*>(anim)) != FALSE;
+    if (sclass == 0x0100 && dep->ClassID() == Class_ID(0x00002222, 0) && IsSceneMaterialClass(anim->ClassID()))
+        return true;
+    if (dep->ClassID() == Class_ID(0x55293BB4, 0x4AD13DAD)) return false;
+    return IsLocalUser(dep, seen);
+}
+
+bool IsLocalUser(Animatable* anim, std::set<Animatable*>& seen) {
+    auto* target = dynamic_cast<ReferenceTarget*>(anim);
+    if (!target || !seen.insert(anim).second) return false;
+    DependentIterator it(target);
+    while (ReferenceMaker* dep = it.Next())
+        if (IsLocalDependent(dep, anim, seen)) return true;
+    return false;
+}
+
+}  // namespace
+
+bool RefAnim::IsLocDep(Animatable* anim) {
+    std::set<Animatable*> seen;
+    return IsLocalUser(anim, seen);
+}
+
+void RefAnim::PrintData() {
+    mputs(L"\n");
+    mputs(GetInfo().data());
+    mflush();
+}
+
+MSTR RefAnim::GetInfo() {
+    MSTR info = L"\nType: " + GetTypeName();
+    info += L"\nThe Anim Ref: " + DescribeItem(anim_);
+    // The owner line of the resolved path ("Anim Owner: ") joins here once paths resolve.
+    info += L"\nPath: ";
+    for (WStr* name : path_) {
+        if (name) info += *name;
+        info += L",";
+    }
+    info += L"\nPathByN: ";
+    for (int number : pathByNumber_) info.append_printf(L"%d,", number);
+    info += L"\nOverridden State: ";
+    static const MCHAR* const kWords[] = {L"Replaced, ", L"Modified, ", L"LocDep, ", L"Added, ",
+                                          L"Removed, ",  L"Renamed, ",  L"Toggled, "};
+    if (overrideState_ == 0) info += L"None.";
+    for (int bit = 0; bit < 7; ++bit)
+        if (overrideState_ & (1u << bit)) info += kWords[bit];
+    info += L"\nLast Operation: ";
+    info += GetString(lastOperation_);
+    return info;
+}
+
+MSTR RefAnim::GetTypeName() {
+    ClassDesc* desc = FindClassDesc(SuperClassID(), ClassID());
+    return desc ? MSTR(desc->ClassName()) : MSTR();
 }
 
 BOOL RefAnim::IsRealDependency(ReferenceTarget*) {

@@ -59,6 +59,28 @@ public:
     int GetResetStamp() const { return resetStamp_; }
     void SetResetStamp(int stamp) { resetStamp_ = stamp; }
 
+    // The operations the owner record drives (collect, override, reset, diagnostics).
+    // Makes anim the held animatable (reference 0) after OverrideLocDep; the step is "SetAnim".
+    virtual void SetAnim(Animatable* anim);
+    // Hands everything local that used a LocDep record's animatable over to anim.
+    virtual void OverrideLocDep(Animatable* anim);
+    // Refreshes the record's state from the scene below root.
+    virtual void Collect(Animatable* root);
+    // Puts the record's animatable back at its path below root after a fresh merge.
+    virtual void Override(Animatable* root);
+    // A plain record: one whose type is the generic code of its class.
+    virtual bool IsGeneric() { return GetType() == 0x00010001; }
+    // Answers 0 to keep the record, 1 to drop it, 2 to keep it with the reference's original put back live.
+    virtual int ResetOverrides(DWORD mask);
+    // Whether local (non-referenced) scene content uses anim.
+    virtual bool IsLocDep(Animatable* anim);
+    // "\n" and GetInfo() to the listener.
+    virtual void PrintData();
+    // The record's type, animatable, paths, override state and last step, one per line.
+    virtual MSTR GetInfo();
+    // The class's display name from the string table.
+    virtual MSTR GetTypeName();
+
     // References: 0 is the animatable; every index answers it.
     int NumRefs() override { return 1; }
     RefTargetHandle GetReference(int) override { return anim_; }
