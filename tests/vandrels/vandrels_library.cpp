@@ -1,6 +1,11 @@
 #include "vandrels_library.h"
 
+#include "core/class_directory.h"
+#include "hold.h"
+#include "maxapi.h"
+
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -22,6 +27,21 @@ const hostrt::LoadedLibrary& VandrelsLibrary() {
         std::abort();
     }();
     return *lib;
+}
+
+void SceneTest::SetUp() {
+    VandrelsLibrary();
+    hostrt::RegisterBuiltinClasses();
+    GetCOREInterface()->FileReset(TRUE);
+    theHold.FlushUndoBuffer();
+    file_ = MSTR::FromUTF8(
+        (std::filesystem::temp_directory_path() / (stem_ + "_" + std::to_string(::getpid()) + ".max")).string());
+}
+
+void SceneTest::TearDown() {
+    theHold.FlushUndoBuffer();
+    GetCOREInterface()->FileReset(TRUE);
+    std::filesystem::remove(file_.ToUTF8());
 }
 
 }  // namespace vtest

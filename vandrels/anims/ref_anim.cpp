@@ -1,6 +1,8 @@
 #include "anims/ref_anim.h"
 
-#include "frame/class_desc.h"
+#include "anims/ref_anim_steps.h"
+#include "anims/ref_anim_transfer.h"
+#include "helper/vandrels_helper.h"
 #include "ioapi.h"
 #include "plugapi.h"
 #include "frame/module.h"
@@ -28,8 +30,6 @@ constexpr USHORT kWrappedBaseChunk = 0x0029;
 // Room reserved ahead of a path read from a file; longer paths still load, they just grow.
 constexpr int kMaxReserve = 128;
 
-// String-table id of the "SetAnim" step.
-constexpr int kStepSetAnim = 124;
 
 }  // namespace
 
@@ -55,15 +55,6 @@ void RefAnim::SetAnim(Animatable* anim) {
     lastOperation_ = kStepSetAnim;
 }
 
-// the animatable record's transfer of local users arrives with the reference transfer
-void RefAnim::OverrideLocDep(Animatable*) {}
-
-// the animatable record's collect arrives with its monitor
-void RefAnim::Collect(Animatable*) {}
-
-// the animatable record's override arrives with path resolution
-void RefAnim::Override(Animatable*) {}
-
 int RefAnim::ResetOverrides(DWORD) {
     if (IsGeneric()) {
         overrideState_ = 0;
@@ -71,43 +62,6 @@ int RefAnim::ResetOverrides(DWORD) {
     }
     if (!anim_) return 1;
     return IsLocDep(anim_) ? 2 : 1;
-}
-
-namespace {
-
-bool IsLocalUser(Animatable* anim, std::set<Animatable*>& seen);
-
-// Material-like classes that a scene-material holder (class 0x00002222) keeps alive as local users.
-bool IsSceneMaterialClass(const Class_ID& cid) {
-    return cid == Class_ID(0x00000C80, 0) || cid == Class_ID(0xEE448B23, 0) ||
-           cid == Class_ID(0x8D73B8AA, 0x90F2EE71) || cid == Class_ID(0x17356912, 0);
-}
-
-bool IsLocalDependent(ReferenceMaker* dep, Animatable* anim, std::set<Animatable*>& seen) {
-    const SClass_ID sclass = dep->SuperClassID();
-    if (sclass == 0x0001) return !FindNodeRecord(static_cast<INode*>(dep));
-    if (sclass == REFANIM_SUPER_CLASS_ID || sclass == REFBASE_SUPER_CLASS_ID)
-        return dep->IsRealDependency(static_cast<ReferenceTarget*>(anim)) != FALSE;
-    if (sclass == 0x0100 && dep->ClassID() == Class_ID(0x00002222, 0) && IsSceneMaterialClass(anim->ClassID()))
-        return true;
-    if (dep->ClassID() == Class_ID(0x55293BB4, 0x4AD13DAD)) return false;
-    return IsLocalUser(dep, seen);
-}
-
-bool IsLocalUser(Animatable* anim, std::set<Animatable*>& seen) {
-    auto* target = dynamic_cast<ReferenceTarget*>(anim);
-    if (!target || !seen.insert(anim).second) return false;
-    DependentIterator it(target);
-    while (ReferenceMaker* dep = it.Next())
-        if (IsLocalDependent(dep, anim, seen)) return true;
-    return false;
-}
-
-}  // namespace
-
-bool RefAnim::IsLocDep(Animatable* anim) {
-    std::set<Animatable*> seen;
-    return IsLocalUser(anim, seen);
 }
 
 void RefAnim::PrintData() {
@@ -119,7 +73,19 @@ void RefAnim::PrintData() {
 MSTR RefAnim::GetInfo() {
     MSTR info = L"\nType: " + GetTypeName();
     info += L"\nThe Anim Ref: " + DescribeItem(anim_);
-    // The owner line of the resolved path ("Anim Owner: ") joins here once paths resolve.
+    const int step = lastOperation_;
+    try {
+        Animatable* found = nullptr;
+        Animatable* parent = nullptr;
+        int subIndex = -1;
+        int hint = -1;
+        Tab<int> resolved;
+        if (GetAnimByPath(GetOwnerTarget(), found, parent, subIndex, hint, resolved) && parent)
+            info += L"\nAnim Owner: " + DescribeItem(parent);
+    } catch (...) {
+        info += L"\nGetAnimByPath failed.";
+    }
+    lastOperation_ = step;
     info += L"\nPath: ";
     for (WStr* name : path_) {
         if (name) info += *name;
@@ -147,7 +113,67 @@ BOOL RefAnim::IsRealDependency(ReferenceTarget*) {
     return TestOverrideBits(kOverrideModified | kOverrideReplaced | kOverrideLocDep) ? TRUE : FALSE;
 }
 
-RefResult RefAnim::NotifyRefChanged(const Interval&, RefTargetHandle, PartID&, RefMessage, BOOL) { return REF_STOP; }
+BaseInterface* RefAnim::GetInterface(Interface_ID id) {
+    if (id == REFANIM_INTERFACE_ID) return static_cast<RefAnimInterface*>(this);
+    return ReferenceTarget::GetInterface(id);
+}
+
+// ------------------------------------------------------------------------------------------ owner
+
+Animatable* RefAnim::GetOwnerTarget() { return owner_ ? owner_->GetTarget() : nullptr; }
+
+RefNode* RefAnim::GetOwnerNodeRecord() {
+    return owner_ && owner_->ClassID() == REFNODE_CLASS_ID ? static_cast<RefNode*>(owner_) : nullptr;
+}
+
+INode* RefAnim::GetOwnerNode() {
+    RefNode* record = GetOwnerNodeRecord();
+    return record ? dynamic_cast<INode*>(record->GetTarget()) : nullptr;
+}
+
+VandrelsHelper* RefAnim::GetHelper() { return owner_ ? owner_->GetHelper() : nullptr; }
+
+DWORD RefAnim::GetPassStamp() {
+    VandrelsHelper* helper = GetHelper();
+    return helper ? helper->GetPassCounter() : 0;
+}
+
+bool RefAnim::IsPersistRef() {
+    VandrelsHelper* helper = GetHelper();
+    return helper && helper->GetPersistRef();
+}
+
+// ------------------------------------------------------------------------------------------ scripting
+
+void RefAnim::ScriptSetPathSize(int size) {
+    if (size < 0) return;
+    for (int i = size; i < path_.Count(); ++i) delete path_[i];
+    const int names = path_.Count();
+    path_.SetCount(size);
+    for (int i = names; i < size; ++i) path_[i] = new WStr();
+    const int numbers = pathByNumber_.Count();
+    pathByNumber_.SetCount(size);
+    for (int i = numbers; i < size; ++i) pathByNumber_[i] = 0;
+}
+
+MSTR RefAnim::ScriptGetPathItem(int index) {
+    if (index < 0 || index >= path_.Count() || !path_[index]) return MSTR();
+    return *path_[index];
+}
+
+void RefAnim::ScriptSetPathItem(int index, const MCHAR* name) {
+    if (index < 0 || index >= path_.Count()) return;
+    delete path_[index];
+    path_[index] = new WStr(name ? name : L"");
+}
+
+int RefAnim::ScriptGetPathByNumberItem(int index) {
+    return index >= 0 && index < pathByNumber_.Count() ? pathByNumber_[index] : -1;
+}
+
+void RefAnim::ScriptSetPathByNumberItem(int index, int number) {
+    if (index >= 0 && index < pathByNumber_.Count()) pathByNumber_[index] = number;
+}
 
 // ------------------------------------------------------------------------------------------ cloning
 
@@ -247,11 +273,4 @@ IOResult RefAnim::loadChunks(ILoad* iload, bool wrapped) {
         if (res != IO_OK) return res;
     }
     return res == IO_END ? IO_OK : res;
-}
-
-// ------------------------------------------------------------------------------------------ descriptor
-
-ClassDesc2* GetRefAnimDesc() {
-    static SimpleClassDesc<RefAnim> desc(IDS_CLASS_REFANIM, L"RefAnim", REFANIM_SUPER_CLASS_ID, REFANIM_CLASS_ID);
-    return &desc;
 }

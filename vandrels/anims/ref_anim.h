@@ -3,12 +3,17 @@
 // user changed on it locally. The kinds of animatable records derive from it (anims/ref_anim_family.h).
 #pragma once
 
+#include "anims/ref_anim_interface.h"
 #include "frame/class_ids.h"
 #include "ref.h"
 
 #include <cstdint>
 
+class INode;
+class LocDepFlag;
 class RefBase;
+class RefNode;
+class VandrelsHelper;
 
 // Override state bits, in the order diagnostics print them.
 enum RefAnimOverride : std::uint8_t {
@@ -21,7 +26,7 @@ enum RefAnimOverride : std::uint8_t {
     kOverrideToggled = 0x40,
 };
 
-class RefAnim : public ReferenceTarget {
+class RefAnim : public ReferenceTarget, public RefAnimInterface {
 public:
     RefAnim() = default;
     ~RefAnim() override;
@@ -38,19 +43,32 @@ public:
     // The owner record: the node or material record whose list holds this record (not a reference).
     RefBase* GetOwner() const { return owner_; }
     void SetOwner(RefBase* owner) { owner_ = owner; }
+    // The owner's target (the root of the paths), or null without owner.
+    Animatable* GetOwnerTarget();
+    // The owner when it is a node record, else null; and that record's node.
+    RefNode* GetOwnerNodeRecord();
+    INode* GetOwnerNode();
+    VandrelsHelper* GetHelper();
 
     // The name path; the record takes the strings over (and frees the ones it had).
     void SetPath(const Tab<WStr*>& names);
     // A copy of the name path (the same string pointers).
     Tab<WStr*> GetPath() const { return path_; }
-    void SetPathByNumber(const Tab<int>& numbers) { pathByNumber_ = numbers; }
+    // With hold, the old numbers go on the undo stack first (PathByNumberRestore).
+    void SetPathByNumber(const Tab<int>& numbers, bool hold = false);
     Tab<int> GetPathByNumber() const { return pathByNumber_; }
+    void HoldPathByNumber();
 
     std::uint8_t GetOverrideState() const { return overrideState_; }
     void SetOverrideState(std::uint8_t state) { overrideState_ = state; }
+    // Sets or clears bits (undoable with hold while the host holds); answers the new state when setting and
+    // the previous one when clearing.
+    std::uint8_t SetOverrideBits(std::uint8_t bits, bool on, bool hold);
     std::uint8_t TestOverrideBits(std::uint8_t bits) const { return overrideState_ & bits; }
     // A record reports an override when any state bit is set.
     bool HasOverride() const { return overrideState_ != 0; }
+    bool IsModified() const { return TestOverrideBits(kOverrideModified) != 0; }
+    bool IsUnchanged(int /*index*/) const { return !TestOverrideBits(kOverrideModified | kOverrideReplaced); }
 
     int GetOption() const { return option_; }
     void SetOption(int value) { option_ = value; }
@@ -64,19 +82,62 @@ public:
     virtual void SetAnim(Animatable* anim);
     // Hands everything local that used a LocDep record's animatable over to anim.
     virtual void OverrideLocDep(Animatable* anim);
-    // Refreshes the record's state from the scene below root.
+    // Refreshes the LocDep bit of a clean record.
     virtual void Collect(Animatable* root);
+    virtual void ReleaseSnapshot() {}
     // Puts the record's animatable back at its path below root after a fresh merge.
     virtual void Override(Animatable* root);
+    virtual void Refresh() {}
+    // The parts of a reload the node record carries out after the records were overridden.
+    virtual void NotifyOwnerNode() {}
+
+    // Paths. ResolvePath walks names and numbers down from root through the module's sub-anim address space:
+    // a level is taken by its stored number when the entry there carries the stored name, else by the first
+    // entry of that name. It answers false when the lists are empty or differ in length, a level is not found,
+    // or the animatable found is held at the same numbers by another record of the owner.
+    virtual bool ResolvePath(Animatable* root, const Tab<WStr*>& names, const Tab<int>& numbers, Animatable*& anim,
+                             Animatable*& parent, int& subIndex, int& hint, Tab<int>& resolved);
+    // ResolvePath with the record's own path; the step is "GetAnimByPath".
+    virtual bool GetAnimByPath(Animatable* root, Animatable*& anim, Animatable*& parent, int& subIndex, int& hint,
+                               Tab<int>& resolved);
+    // Whether another record of the same owner holds anim at numbers.
+    bool IsPathTaken(Animatable* anim, const Tab<int>& numbers);
+
     // A plain record: one whose type is the generic code of its class.
     virtual bool IsGeneric() { return GetType() == 0x00010001; }
     // Answers 0 to keep the record, 1 to drop it, 2 to keep it with the reference's original put back live.
     virtual int ResetOverrides(DWORD mask);
-    // Whether local (non-referenced) scene content uses anim.
+    // Whether local (non-referenced) scene content uses anim; cached per pass on anim (LocDepFlag).
     virtual bool IsLocDep(Animatable* anim);
+    void AttachLocDepFlag(Animatable* anim, LocDepFlag* flag);
+    LocDepFlag* FindLocDepFlag(Animatable* anim);
+    // The helper's pass counter, 0 without helper.
+    DWORD GetPassStamp();
+    bool IsPersistRef();
+
+    // Whether a change of this part leaves the record clean: the structural and display-only parts, or any
+    // part while the module's monitor is suspended.
+    bool IsIgnoredPart(PartID partID);
+    // Marks the record Modified (undoable) unless it is already.
+    void MarkModified();
+    // Marks every other record that holds the same animatable Modified (undoable).
+    void MarkSharersModified();
+    // Whether found (below parent) may simply be asked to replace itself by the held animatable.
+    bool CanReplace(Animatable* found, Animatable* parent);
+
+    // Moving local users from one animatable to its counterpart. TransferAnim first matches the sub-anims
+    // that are worth it, level by level; without parent everything moves (TransferAll), else every dependent
+    // of old except parent.
+    void TransferAnim(Animatable* oldAnim, Animatable* newAnim, Animatable* parent = nullptr);
+    void TransferAll(Animatable* oldAnim, Animatable* newAnim);
+    // maker replaces reference refIndex with anim (undoably); anim's dependents hear of it.
+    void ReplaceSubRef(ReferenceMaker* maker, Animatable* anim, int refIndex);
+    // Replaces the custom attributes of to by those of from, then moves from's users to to.
+    void CopyCustAttribs(Animatable* from, Animatable* to);
+
     // "\n" and GetInfo() to the listener.
     virtual void PrintData();
-    // The record's type, animatable, paths, override state and last step, one per line.
+    // The record's type, animatable, its owner at the path, the paths, override state and last step.
     virtual MSTR GetInfo();
     // The class's display name from the string table.
     virtual MSTR GetTypeName();
@@ -88,7 +149,10 @@ public:
     // The animatable is a real dependency only while the record carries it as its own: Modified, Replaced or
     // LocDep. A clean record keeps its animatable weakly, so scene saves leave referenced content out.
     BOOL IsRealDependency(ReferenceTarget* target) override;
-    // Changes of the held animatable stop at the record: they are not passed on to its dependents.
+    // Reference 0 moves only while loading, and, while the transfer guard is on, only for a clean record.
+    BOOL CanTransferReference(int i) override;
+    // The change monitor: a change of the held animatable while idle makes a clean record Modified. Changes
+    // stop at the record: they are not passed on to its dependents.
     RefResult NotifyRefChanged(const Interval& changeInt, RefTargetHandle hTarget, PartID& partID, RefMessage message,
                                BOOL propagate) override;
 
@@ -103,15 +167,34 @@ public:
     // Reads the base chunks, at the top level or wrapped in 0x0029; every other chunk goes to LoadChunk.
     IOResult Load(ILoad* iload) override;
 
+    BaseInterface* GetInterface(Interface_ID id) override;
+    using ReferenceTarget::GetInterface;
+
+    // RefAnimInterface: the path as scripts see it.
+    int ScriptGetPathSize() override { return path_.Count(); }
+    void ScriptSetPathSize(int size) override;
+    MSTR ScriptGetPathItem(int index) override;
+    void ScriptSetPathItem(int index, const MCHAR* name) override;
+    int ScriptGetPathByNumberItem(int index) override;
+    void ScriptSetPathByNumberItem(int index, int number) override;
+
 protected:
     // A chunk of the kind's own, open in iload; unknown chunks are skipped.
     virtual IOResult LoadChunk(ILoad* /*iload*/) { return IO_OK; }
     IOResult SaveBaseChunks(ISave* isave);
     IOResult SaveWrappedBaseChunks(ISave* isave);
+    void SetLastOperation(int step) { lastOperation_ = step; }
 
 private:
     IOResult loadChunks(ILoad* iload, bool wrapped);
     void freePath();
+    // The steps of Override that put the held animatable back below each kind of parent: 0 stops the
+    // override, 1 put the animatable back, 2 found nothing to do.
+    int overrideInBlock(Animatable* parent, Animatable* found, int subIndex, bool replaced);
+    int overrideInBlock2(Animatable* parent, Animatable* found, int subIndex, int hint, bool replaced);
+    int overrideInParent(Animatable* parent, Animatable* found, int subIndex, bool replaced);
+    // The option rule: a found controller that does not split is overridden only with the option set.
+    bool blockedByOption(Animatable* found);
 
     RefBase* owner_ = nullptr;
     ReferenceTarget* anim_ = nullptr;

@@ -7,6 +7,8 @@
     ClassDesc2* Get##Class##Desc() {                                                                         \
         static SimpleClassDesc<Class> desc(IDS_CLASS_REFANIM##Macro, L## #Class, REFANIM_SUPER_CLASS_ID,     \
                                            REFANIM_##Macro##_CLASS_ID);                                      \
+        static const bool listed = (AddRefAnimInterface(&desc), true);                                       \
+        (void)listed;                                                                                        \
         return &desc;                                                                                        \
     }
 

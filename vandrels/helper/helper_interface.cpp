@@ -4,6 +4,7 @@
 #include "ilayer.h"
 #include "listener.h"
 #include "records/ref_base.h"
+#include "records/ref_material.h"
 
 ClassDesc2* GetVandrelsHelperDesc();
 

@@ -14,6 +14,7 @@
 #include "maxapi.h"
 #include "notify.h"
 #include "records/ref_base.h"
+#include "records/ref_material.h"
 #include "resource.h"
 
 namespace {

@@ -654,12 +654,10 @@ IOResult RefBase::LoadChunk(ILoad* iload) {
 namespace {
 
 // The record classes' descriptors with the interface descriptions they list: "RefBase" on every record class,
-// "RefNode" on node records.
+// "RefNode" on node records. The material record's descriptor lists "RefBase" through RefBaseInterfaceDesc().
 struct RecordClasses {
     SimpleClassDesc<RefBase> base{IDS_CLASS_REFBASE, L"RefBase", REFBASE_SUPER_CLASS_ID, REFBASE_CLASS_ID};
     SimpleClassDesc<RefNode> node{IDS_CLASS_REFNODE, L"RefNode", REFBASE_SUPER_CLASS_ID, REFNODE_CLASS_ID};
-    SimpleClassDesc<RefMaterial> material{IDS_CLASS_REFMATERIAL, L"RefMaterial", REFBASE_SUPER_CLASS_ID,
-                                          REFMATERIAL_CLASS_ID};
     FPInterfaceDesc baseFp{REFBASE_INTERFACE_ID,
                            L"RefBase",
                            0,
@@ -682,7 +680,6 @@ struct RecordClasses {
 
     RecordClasses() {
         node.AddInterface(&baseFp);
-        material.AddInterface(&baseFp);
     }
 };
 
@@ -698,4 +695,3 @@ FPInterfaceDesc* RefNodeInterfaceDesc() { return &recordClasses().nodeFp; }
 
 ClassDesc2* GetRefBaseDesc() { return &recordClasses().base; }
 ClassDesc2* GetRefNodeDesc() { return &recordClasses().node; }
-ClassDesc2* GetRefMaterialDesc() { return &recordClasses().material; }

@@ -1,5 +1,6 @@
 // Reference records: the base record that wraps one merged scene item (reference 0, its target) and holds the
-// animatable records of the animatables below it (references 1 to n), and the node and material records.
+// animatable records of the animatables below it (references 1 to n), and the node record (material records:
+// records/ref_material.h).
 // A record hangs itself on its target's property list, so the record of a scene item can be found from it.
 // It keeps a tree of the target's sub-animatables from which its animatable records are made and addressed.
 #pragma once
@@ -122,6 +123,11 @@ protected:
     IOResult SaveFormatChunk(ISave* isave);
     IOResult SaveRefAnimCountChunk(ISave* isave);
     void prune();
+    // The re-entry guard: set while an override, update, tree build or rescan of this record runs.
+    int IsBusy() const { return busy_; }
+    void SetBusy(int busy) { busy_ = busy; }
+    // Empties the animatable-record list without touching references (a failed load leaves only null entries).
+    void ClearRefAnimSlots() { refAnims_.ZeroCount(); }
 
 private:
     friend struct RefBaseWalk;
@@ -162,9 +168,4 @@ public:
 
 private:
     MSTR name_;
-};
-
-class RefMaterial : public RefBase {
-public:
-    Class_ID ClassID() override { return REFMATERIAL_CLASS_ID; }
 };
