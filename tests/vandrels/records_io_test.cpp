@@ -22,7 +22,7 @@ namespace {
 
 constexpr SClass_ID kRecordSuper = 0x8663DFA6;
 constexpr SClass_ID kAnimRecordSuper = 0x8663DFA8;
-constexpr Class_ID kRefNode(0x8663DFA6, 0x3F273884);
+constexpr Class_ID kBaseRecord(0x8663DFA6, 0x3F273883);
 constexpr Class_ID kRefHolder(0x8663DFA5, 0x3F273890);
 constexpr Class_ID kEmptyBaseObject(0x8663DFA5, 0x3F273888);
 constexpr Class_ID kListCtrlRecord(0x00030008, 0);
@@ -93,7 +93,7 @@ TEST_F(Records, HolderNodeRecordAndAnimRecordSurviveSaveAndOpen) {
     hostrt::CallFromScript(fpi, L"SetNumRefs", {FPValue(3)}, {}, result);
     ASSERT_EQ(holder->NumRefs(), 3);
 
-    auto* record = Make<ReferenceTarget>(kRecordSuper, kRefNode);
+    auto* record = Make<ReferenceTarget>(kRecordSuper, kBaseRecord);
     ASSERT_EQ(LoadInto(record, RecordBytes(2).Get()), IO_OK);
     EXPECT_EQ(record->NumRefs(), 3);  // the target and two animatable records
     EXPECT_EQ(record->GetReference(1), nullptr);
@@ -109,7 +109,7 @@ TEST_F(Records, HolderNodeRecordAndAnimRecordSurviveSaveAndOpen) {
     const auto saved = vtest::ReadSavedObjects(file_);
     using Datas = std::vector<std::vector<std::uint8_t>>;
     EXPECT_EQ(vtest::SavedDataOf(saved, kRefHolder), Datas{holderBytes});
-    EXPECT_EQ(vtest::SavedDataOf(saved, kRefNode), Datas{RecordBytes(2).Get()});
+    EXPECT_EQ(vtest::SavedDataOf(saved, kBaseRecord), Datas{RecordBytes(2).Get()});
     EXPECT_EQ(vtest::SavedDataOf(saved, kListCtrlRecord), Datas{AnimBaseBytes(0x02).Get()});
 
     ip->FileReset();
@@ -123,7 +123,7 @@ TEST_F(Records, HolderNodeRecordAndAnimRecordSurviveSaveAndOpen) {
     ReferenceTarget* anim2 = holder2->GetReference(1);
     ASSERT_TRUE(record2 && anim2);
     EXPECT_EQ(holder2->GetReference(2), nullptr);
-    EXPECT_EQ(record2->ClassID(), kRefNode);
+    EXPECT_EQ(record2->ClassID(), kBaseRecord);
     EXPECT_EQ(record2->NumRefs(), 3);
     EXPECT_EQ(record2->GetReference(0), nullptr);
     EXPECT_EQ(anim2->ClassID(), kListCtrlRecord);
@@ -143,7 +143,7 @@ TEST_F(Records, AnimRecordReadsWrappedBaseChunks) {
     cam->DeleteThis();
 
     // Unknown chunks of a record are skipped.
-    auto* rec = Make<ReferenceTarget>(kRecordSuper, kRefNode);
+    auto* rec = Make<ReferenceTarget>(kRecordSuper, kBaseRecord);
     EXPECT_EQ(LoadInto(rec, Bytes().Chunk(0x0099, std::int32_t(5)).Chunk(0x0022, std::int32_t(4)).Get()), IO_OK);
     EXPECT_EQ(rec->NumRefs(), 5);
     rec->DeleteThis();
@@ -160,8 +160,8 @@ TEST_F(Records, DamagedChunksFailTheLoad) {
         {kAnimRecordSuper, kListCtrlRecord, Bytes().Chunk(0x0023, std::int32_t(-1)).Get()},  // negative count
         {kAnimRecordSuper, kListCtrlRecord, Bytes().Raw(0x0026, {1, 0}).Get()},              // half a number
         {kAnimRecordSuper, kListCtrlRecord, Bytes().Wrapped(0x0029, Bytes().Raw(0x0028, {})).Get()},
-        {kRecordSuper, kRefNode, Bytes().Raw(0x0022, {2, 0}).Get()},
-        {kRecordSuper, kRefNode, Bytes().Chunk(0x0022, std::int32_t(-2)).Get()},
+        {kRecordSuper, kBaseRecord, Bytes().Raw(0x0022, {2, 0}).Get()},
+        {kRecordSuper, kBaseRecord, Bytes().Chunk(0x0022, std::int32_t(-2)).Get()},
         {GEOMOBJECT_CLASS_ID, kRefHolder, Bytes().Chunk(0x0000, std::int32_t(-1)).Get()},
     };
     for (const Case& c : cases) {
@@ -175,7 +175,7 @@ TEST_F(Records, DamagedChunksFailTheLoad) {
 // A record hangs on its target's property list while bound; its clone is unbound and keeps only the
 // animatable records that carry overrides, which clone their animatable only when they carry it as their own.
 TEST_F(Records, RecordClonesKeepOnlyOverriddenAnimRecords) {
-    auto* record = Make<ReferenceTarget>(kRecordSuper, kRefNode);
+    auto* record = Make<ReferenceTarget>(kRecordSuper, kBaseRecord);
     ASSERT_EQ(LoadInto(record, RecordBytes(2).Get()), IO_OK);
     auto* target = Make<ReferenceTarget>(GEOMOBJECT_CLASS_ID, kEmptyBaseObject);
     auto* other = Make<ReferenceTarget>(GEOMOBJECT_CLASS_ID, kEmptyBaseObject);
@@ -195,7 +195,7 @@ TEST_F(Records, RecordClonesKeepOnlyOverriddenAnimRecords) {
 
     ReferenceTarget* clone = CloneRefHierarchy(record);
     ASSERT_NE(clone, nullptr);
-    EXPECT_EQ(clone->ClassID(), kRefNode);
+    EXPECT_EQ(clone->ClassID(), kBaseRecord);
     ASSERT_EQ(clone->NumRefs(), 3);
     EXPECT_EQ(clone->GetReference(0), nullptr);  // unbound
     EXPECT_EQ(clone->GetReference(1), nullptr);  // the clean record is not copied

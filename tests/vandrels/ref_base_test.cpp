@@ -73,8 +73,8 @@ TEST_F(RefBaseTest, BindingANodeMakesTheRecordsTheClassifierAsksFor) {
     INode* node = AddBox(true);
     ReferenceTarget* record = MakeRecord(kRefNodeClass);
     ASSERT_NE(record, nullptr);
-    // Unbound: only the target slot, and nothing past it.
-    EXPECT_EQ(record->NumRefs(), 1);
+    // Unbound: the target slot and the node record's material, parent, layer and local-dependent slots.
+    EXPECT_EQ(record->NumRefs(), 5);
     EXPECT_EQ(record->GetReference(0), nullptr);
     EXPECT_EQ(Call(record, L"RefNode", L"NumRefAnims").i, 0);
 
@@ -86,7 +86,7 @@ TEST_F(RefBaseTest, BindingANodeMakesTheRecordsTheClassifierAsksFor) {
     for (ULONG kind : {0x00030027u, 0x00030026u, 0x00030015u, 0x00030009u})
         EXPECT_EQ(kinds.count(kind), 1u) << std::hex << "kind 0x" << kind;
     const int count = Call(record, L"RefNode", L"NumRefAnims").i;
-    EXPECT_EQ(record->NumRefs(), 1 + count);
+    EXPECT_EQ(record->NumRefs(), 5 + count);
     EXPECT_EQ(record->GetReference(record->NumRefs()), nullptr);
     EXPECT_EQ(Call(record, L"RefBase", L"NumRefAnims").i, count);
 

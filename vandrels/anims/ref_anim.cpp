@@ -8,7 +8,7 @@
 #include "frame/module.h"
 #include "listener.h"
 #include "records/chunk_io.h"
-#include "records/ref_base.h"
+#include "records/ref_node.h"
 #include "records/scene_utils.h"
 #include "resource.h"
 

@@ -3,7 +3,7 @@
 #include "helper/vandrels_helper.h"
 #include "ilayer.h"
 #include "listener.h"
-#include "records/ref_base.h"
+#include "records/ref_node.h"
 #include "records/ref_material.h"
 
 ClassDesc2* GetVandrelsHelperDesc();

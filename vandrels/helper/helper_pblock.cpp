@@ -5,6 +5,8 @@
 #include "helper/vandrels_helper.h"
 #include "hold.h"
 #include "maxapi.h"
+#include "records/ref_material.h"
+#include "records/ref_node.h"
 #include "resource.h"
 
 ClassDesc2* GetVandrelsHelperDesc();
@@ -84,9 +86,12 @@ public:
             HoldSuspended hold;
             helper->useNamePrefix = v.i;
             const WStr prefix = helper->GetNamePrefix();
-            // Every node and material record re-applies the prefix to its item's name (ApplyNamePrefix with
-            // prefix) and the reference's layers follow it, once the records can rename their items.
-            (void)prefix;
+            // Every node and material record re-applies the prefix to its item's name; the reference's layers
+            // follow it once layer renaming is in place.
+            for (RefNode* record : helper->refNodes)
+                if (record) record->ApplyNamePrefix(prefix);
+            for (RefMaterial* record : helper->refMaterials)
+                if (record) record->ApplyNamePrefix(prefix);
             break;
         }
         case vh_reload_if_changed: {

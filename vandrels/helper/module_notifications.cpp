@@ -1,7 +1,9 @@
 #include "helper/module_notifications.h"
 
 #include "helper/module_state.h"
+#include "inode.h"
 #include "notify.h"
+#include "records/scene_utils.h"
 
 namespace vandrels {
 namespace {
@@ -33,6 +35,13 @@ void OnPostRender(void*, NotifyInfo*) { SetRendering(false); }
 // reactions forward them to the records; they come with the scene event handling.
 void OnSceneEvent(void*, NotifyInfo*) {}
 
+// 153: the user renamed a node; a node record takes the new name as its local name.
+void OnNodeRenamed(void*, NotifyInfo* info) {
+    if (GetOperationMode() != kModeIdle || !info || !info->callParam) return;
+    const auto* change = static_cast<const NameChange*>(info->callParam);
+    if (RefNode* record = FindNodeRecord(change->node)) record->OnNodeRenamed(MSTR(change->newName));
+}
+
 void OnNestingBegin(void*, NotifyInfo*) { SetNestingCounter(GetNestingCounter() + 1); }
 void OnNestingEnd(void*, NotifyInfo*) { SetNestingCounter(GetNestingCounter() - 1); }
 
@@ -49,7 +58,7 @@ const Entry kTable[] = {
     {10, OnSceneOpened},        {13, OnPreSave},           {14, OnPostSave},
     {20, OnPreRender},          {21, OnPostRender},        {59, OnSceneEvent},
     {64, OnSceneEvent},         {68, OnSceneEvent},        {130, OnSceneEvent},
-    {132, OnSceneEvent},        {150, OnSceneEvent},       {153, OnSceneEvent},
+    {132, OnSceneEvent},        {150, OnSceneEvent},       {153, OnNodeRenamed},
     {174, OnSceneEvent},        {184, OnSceneEvent},       {185, OnSceneEvent},
     {188, OnSceneEvent},        {197, OnSceneEvent},       {199, OnSceneEvent},
     {213, OnSceneEvent},        {214, OnSceneEvent},       {267, OnSceneEvent},

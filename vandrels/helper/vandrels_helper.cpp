@@ -13,7 +13,7 @@
 #include "inode.h"
 #include "maxapi.h"
 #include "notify.h"
-#include "records/ref_base.h"
+#include "records/ref_node.h"
 #include "records/ref_material.h"
 #include "resource.h"
 

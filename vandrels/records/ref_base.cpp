@@ -14,6 +14,7 @@
 #include "notify.h"
 #include "plugapi.h"
 #include "records/chunk_io.h"
+#include "records/ref_node.h"
 #include "records/subanim_space.h"
 #include "resource.h"
 
@@ -566,18 +567,6 @@ BaseInterface* RefBase::GetInterface(Interface_ID id) {
 
 ReferenceTarget* RefBase::ScriptGetRefAnim(int index) {
     return index >= 0 && index < refAnims_.Count() ? refAnims_[index] : nullptr;
-}
-
-BaseInterface* RefNode::GetInterface(Interface_ID id) {
-    if (id == REFNODE_INTERFACE_ID) return static_cast<RefNodeInterface*>(this);
-    return RefBase::GetInterface(id);
-}
-
-ReferenceTarget* RefNode::ScriptGetRefAnimChecked(int index) { return GetRefAnim(index); }
-
-void RefNode::ScriptSetName(const MCHAR* name) {
-    vandrels::OperationModeScope mode(vandrels::kModeRenaming);
-    SetName(name ? MSTR(name) : MSTR());
 }
 
 // ------------------------------------------------------------------------------------------ cloning

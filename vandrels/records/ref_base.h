@@ -1,6 +1,6 @@
 // Reference records: the base record that wraps one merged scene item (reference 0, its target) and holds the
-// animatable records of the animatables below it (references 1 to n), and the node record (material records:
-// records/ref_material.h).
+// animatable records of the animatables below it (references 1 to n). The node and material records derive
+// from it (records/ref_node.h, records/ref_material.h).
 // A record hangs itself on its target's property list, so the record of a scene item can be found from it.
 // It keeps a tree of the target's sub-animatables from which its animatable records are made and addressed.
 #pragma once
@@ -147,25 +147,3 @@ private:
 
 // The record that a scene item carries on its property list, or null.
 RefBase* FindRecordOf(Animatable* item);
-
-class RefNode : public RefBase, public RefNodeInterface {
-public:
-    Class_ID ClassID() override { return REFNODE_CLASS_ID; }
-
-    // The node record's reference name.
-    const MSTR& GetName() const { return name_; }
-    void SetName(const MSTR& name) { name_ = name; }
-
-    BaseInterface* GetInterface(Interface_ID id) override;
-    using RefBase::GetInterface;
-
-    // RefNodeInterface
-    int ScriptNumRefAnims() override { return NumRefAnims(); }
-    ReferenceTarget* ScriptGetRefAnimChecked(int index) override;
-    MSTR ScriptGetName() override { return name_; }
-    // Renames while the operation mode says the library renames nodes itself.
-    void ScriptSetName(const MCHAR* name) override;
-
-private:
-    MSTR name_;
-};

@@ -12,7 +12,7 @@
 #include "maxexception.h"
 #include "records/chunk_io.h"
 #include "records/scene_utils.h"
-#include "records/short_flag_restore.h"
+#include "records/flag_restore.h"
 #include "resource.h"
 
 namespace {

@@ -4,6 +4,7 @@
 
 #include "inode.h"
 #include "records/ref_base.h"
+#include "records/ref_node.h"
 #include "strclass.h"
 
 // The record that the item carries on its property list (see RefBase), or null.

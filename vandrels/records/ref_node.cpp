@@ -1,0 +1,553 @@
+#include "records/ref_node.h"
+
+#include "anims/ref_anim.h"
+#include "frame/module.h"
+#include "helper/module_state.h"
+#include "helper/vandrels_helper.h"
+#include "hold.h"
+#include "imtl.h"
+#include "inode.h"
+#include "listener.h"
+#include "maxapi.h"
+#include "maxexception.h"
+#include "notify.h"
+#include "object.h"
+#include "records/flag_restore.h"
+#include "records/node_transfer.h"
+#include "records/scene_utils.h"
+#include "resource.h"
+
+#include <cmath>
+#include <unordered_set>
+
+namespace {
+
+// The host notifications after which the record lets go of its node: scene reset, new scene, file open and
+// shutdown.
+constexpr int kDropCodes[] = {NOTIFY_FILE_PRE_OPEN, NOTIFY_SYSTEM_PRE_RESET, NOTIFY_SYSTEM_PRE_NEW,
+                              NOTIFY_SYSTEM_SHUTDOWN};
+// Told by a freshly bound node to its dependents once the scene's references moved over to it.
+constexpr RefMessage kMsgNodeTransferred = 0x8663DF22;
+
+constexpr std::int32_t kKindBone = 0x28BF6E8D;
+constexpr std::int32_t kKindParticles = std::int32_t(0xFFFFFF03);
+constexpr ULONG kParticleInterface = 0x10D0;
+const Class_ID kTargetObjectClass(0x1020, 0);
+constexpr SClass_ID kLightSuper = 0x30;
+constexpr SClass_ID kCameraSuper = 0x20;
+
+constexpr float kRotationTolerance = 1e-6f;
+
+// prefix + "_" + name, or name alone without a prefix.
+MSTR Prefixed(const MSTR& prefix, const MSTR& name) { return prefix.isNull() ? name : prefix + L"_" + name; }
+
+bool QuatsDiffer(const Quat& a, const Quat& b) {
+    return std::fabs(a.x - b.x) > kRotationTolerance || std::fabs(a.y - b.y) > kRotationTolerance ||
+           std::fabs(a.z - b.z) > kRotationTolerance || std::fabs(a.w - b.w) > kRotationTolerance;
+}
+
+bool OffsetsDiffer(const NodeObjectOffset& a, const NodeObjectOffset& b) {
+    return !(a.pos == b.pos) || QuatsDiffer(a.rot, b.rot) || !(a.scale.s == b.scale.s) ||
+           QuatsDiffer(a.scale.q, b.scale.q);
+}
+
+int HandleOf(Animatable* item) { return item ? int(Animatable::GetHandleByAnim(item)) : 0; }
+
+}  // namespace
+
+// ------------------------------------------------------------------------------------------ construction
+
+RefNode::RefNode() { registerNotifications(); }
+
+RefNode::RefNode(INode* node, VandrelsHelper* helper) {
+    SetHelper(helper);
+    registerNotifications();
+    runInErrorFrame(L"Error Creating RefNode", L"Unknown Error Creating RefNode", [&] {
+        if (!node) return;
+        nodeLoaded_ = 1;
+        ReplaceReference(0, node);
+        referenceName_ = node->GetName();
+        MonitorModifiers();
+        // Outside idle the reference does not build the tree by itself.
+        if (GetTarget() && vandrels::GetOperationMode() != vandrels::kModeIdle) BuildSubAnimTree();
+    });
+}
+
+RefNode::~RefNode() { unregisterNotifications(); }
+
+INode* RefNode::GetNode() { return static_cast<INode*>(GetTarget()); }
+
+void RefNode::SetOverrideFlags(std::uint32_t mask, std::uint32_t value) { SetLongFlags(overrideFlags_, mask, value); }
+
+void RefNode::registerNotifications() {
+    if (notificationsRegistered_) return;
+    for (int code : kDropCodes) RegisterNotification(&RefNode::notifyProc, this, code);
+    notificationsRegistered_ = 1;
+}
+
+void RefNode::unregisterNotifications() {
+    if (!notificationsRegistered_) return;
+    for (int code : kDropCodes) UnRegisterNotification(&RefNode::notifyProc, this, code);
+    notificationsRegistered_ = 0;
+}
+
+void RefNode::notifyProc(void* param, NotifyInfo* info) {
+    auto* record = static_cast<RefNode*>(param);
+    // Opening a file for another purpose than as the scene keeps the node.
+    if (info && info->intcode == NOTIFY_FILE_PRE_OPEN && info->callParam &&
+        *static_cast<FileIOType*>(info->callParam) != IOTYPE_MAX)
+        return;
+    if (record->GetTarget()) record->DeleteReference(0);
+}
+
+// ------------------------------------------------------------------------------------------ failures
+
+template <class Op> void RefNode::runInErrorFrame(const MCHAR* words, const MCHAR* unknownWords, Op op) {
+    step_ = nullptr;
+    try {
+        op();
+        step_ = nullptr;
+    } catch (const MAXException& e) {
+        fail(words, step_, &e);
+    } catch (...) {
+        fail(unknownWords, step_, nullptr);
+    }
+}
+
+void RefNode::fail(const MCHAR* words, const MCHAR* step, const MAXException* cause) {
+    MSTR message = words;
+    message += L"\n";
+    try {
+        message += GetInfo();
+    } catch (...) {
+        INode* node = GetNode();
+        message += node ? MSTR(node->GetName()) : MSTR(L"Unknown Name");
+    }
+    if (step) message += MSTR(L"\nLastOperation: ") + step;
+    step_ = nullptr;
+    SetBusy(0);
+    DeleteReference(0);
+    if (cause) message += L"\n\n" + cause->message;
+    throw MAXException(message, 0);
+}
+
+// ------------------------------------------------------------------------------------------ references
+
+int RefNode::NumRefs() {
+    return ownBase() + 4 + children_.Count() + exclusionLights_.Count() + exclusionOthers_.Count();
+}
+
+RefTargetHandle RefNode::GetReference(int i) {
+    const int b = ownBase();
+    if (i < b) return RefBase::GetReference(i);
+    int k = i - b;
+    if (k == 0) return (overrideFlags_ & kNodeMaterial) ? material_ : nullptr;
+    if (k == 1) return parent_;
+    k -= 2;
+    if (k < children_.Count()) return children_[k];
+    k -= children_.Count();
+    if (k == 0) return layer_;
+    k -= 1;
+    if (k < exclusionLights_.Count()) return exclusionLights_[k];
+    k -= exclusionLights_.Count();
+    if (k == 0) return localDependent_;
+    k -= 1;
+    if (k < exclusionOthers_.Count()) return exclusionOthers_[k];
+    return nullptr;
+}
+
+void RefNode::SetReference(int i, RefTargetHandle target) {
+    const int b = ownBase();
+    if (i < b) {
+        if (i == 0 && target && target->SuperClassID() != BASENODE_CLASS_ID) target = nullptr;
+        RefBase::SetReference(i, target);
+        // The first node bound names the record.
+        if (i == 0 && target && referenceName_.isNull()) referenceName_ = static_cast<INode*>(target)->GetName();
+        return;
+    }
+    int k = i - b;
+    if (k == 0) {
+        material_ = dynamic_cast<Mtl*>(target);
+        return;
+    }
+    if (k == 1) {
+        parent_ = target;
+        return;
+    }
+    k -= 2;
+    if (k < children_.Count()) {
+        children_[k] = dynamic_cast<INode*>(target);
+        return;
+    }
+    k -= children_.Count();
+    if (k == 0) {
+        layer_ = target;
+        return;
+    }
+    k -= 1;
+    if (k < exclusionLights_.Count()) {
+        exclusionLights_[k] = target;
+        return;
+    }
+    k -= exclusionLights_.Count();
+    if (k == 0) {
+        localDependent_ = target;
+        return;
+    }
+    k -= 1;
+    if (k < exclusionOthers_.Count()) exclusionOthers_[k] = target;
+}
+
+BOOL RefNode::CanTransferReference(int i) {
+    return i >= ownBase() && vandrels::GetOperationMode() == vandrels::kModeLoading;
+}
+
+// ------------------------------------------------------------------------------------------ protocol
+
+void RefNode::Collect() {
+    runInErrorFrame(L"Error Collecting RefNode", L"Unknown Error Collecting RefNode", [&] {
+        nodeLoadedAtCollect_ = nodeLoaded_;
+        if (!nodeLoaded_) return;
+        VandrelsHelper* helper = GetHelper();
+        if (!(vandrels::GetOperationMode() == vandrels::kModeSaving && helper && helper->GetPersistRef()))
+            nodeLoaded_ = 0;
+        INode* node = GetNode();
+        if (!node) return;
+
+        NodeObjectOffset offset;
+        readObjectOffset(node, offset);
+        if (!(overrideFlags_ & kNodeObjectOffset) && OffsetsDiffer(offset, objectOffset_))
+            SetOverrideFlags(kNodeObjectOffset, kNodeObjectOffset);
+        objectOffset_ = offset;
+        const MSTR props = readUserProps(node);
+        if (!(overrideFlags_ & kNodeUserProps) && props != userProps_)
+            SetOverrideFlags(kNodeUserProps, kNodeUserProps);
+        userProps_ = props;
+        const std::uint16_t locks = readTmLocks(node);
+        if (!(overrideFlags_ & kNodeTmLocks) && locks != tmLocks_) SetOverrideFlags(kNodeTmLocks, kNodeTmLocks);
+        tmLocks_ = locks;
+
+        nodeKind_ = computeNodeKind(node);
+        RefBase::Collect();
+
+        bool local;
+        if (overrideFlags_ & kNodeClothChanged)
+            local = true;
+        else
+            local = HasLocalDependents(node);
+        overrideFlags_ = local ? (overrideFlags_ | kNodeLocalDependents) : (overrideFlags_ & ~kNodeLocalDependents);
+    });
+}
+
+void RefNode::CaptureBaseline() {
+    INode* node = GetNode();
+    if (!node) return;
+    if (!(overrideFlags_ & kNodeMaterial)) material_ = node->GetMtl();
+    if (!(overrideFlags_ & kNodeObjectOffset)) readObjectOffset(node, objectOffset_);
+    if (!(overrideFlags_ & kNodeWireColor)) wireColor_ = node->GetWireColor();
+    if (!(overrideFlags_ & kNodeHidden))
+        displayBits_ = std::uint16_t((displayBits_ & ~0x1) | (node->IsHidden() ? 0x1 : 0));
+    if (!(overrideFlags_ & kNodeFrozen))
+        displayBits_ = std::uint16_t((displayBits_ & ~0x2) | (node->IsFrozen() ? 0x2 : 0));
+    if (!(overrideFlags_ & kNodeUserProps)) userProps_ = readUserProps(node);
+    if (!(overrideFlags_ & kNodeTmLocks)) tmLocks_ = readTmLocks(node);
+}
+
+void RefNode::Update(ReferenceTarget* newTarget) {
+    runInErrorFrame(L"Error Updating RefNode", L"Unknown Error Updating RefNode", [&] {
+        SetBusy(1);
+        auto* fresh = dynamic_cast<INode*>(newTarget);
+        if (!fresh) {
+            SetBusy(0);
+            return;
+        }
+        nodeLoaded_ = 1;
+        INode* old = GetNode();
+        if (old == fresh) old = nullptr;
+        if (!GetNode()) {
+            ReplaceReference(0, fresh);
+        } else if (old) {
+            step_ = GetString(IDS_STEP_UPDATE_PRE_TRANSFER);
+            TransferNodeReferences(old, fresh, false);
+            if (GetNode() != fresh) ReplaceReference(0, fresh);
+            step_ = GetString(IDS_STEP_UPDATE_POST_TRANSFER);
+            fresh->NotifyDependents(FOREVER, 0, kMsgNodeTransferred);
+            step_ = GetString(IDS_STEP_UPDATE_TRANSFER);
+        }
+        for (int k = children_.Count() - 1; k >= 0; --k)
+            if (!children_[k]) children_.Delete(k, 1);
+        prune();
+        step_ = GetString(IDS_STEP_UPDATE_CLEANED);
+        Override();
+        step_ = GetString(IDS_STEP_UPDATE_OVERRIDE_REF);
+        BuildSubAnimTree();
+        if (old) GetCOREInterface()->DeleteNode(old, FALSE);
+        SetBusy(0);
+    });
+}
+
+void RefNode::FinishLoad() {
+    nodeLoaded_ = nodeLoadedAtCollect_;
+    if (placeholderFor_) {
+        INode* placeholder = GetNode();
+        INode* real = placeholderFor_;
+        placeholderFor_ = nullptr;
+        if (placeholder && placeholder != real) {
+            TransferNodeReferences(placeholder, real, false);
+            if (GetNode() != real) ReplaceReference(0, real);
+            GetCOREInterface()->DeleteNode(placeholder, FALSE);
+        }
+    }
+    if (nodeLoaded_ && (overrideFlags_ & kNodeSelectionSets)) {
+        selectionSets_.ZeroCount();
+        SetOverrideFlags(kNodeSelectionSets, 0);
+    }
+}
+
+void RefNode::ApplyNamePrefix(const MSTR& prefix) {
+    INode* node = GetNode();
+    if (!node || (overrideFlags_ & kNodeNameWithoutPrefix)) return;
+    node->SetName(Prefixed(prefix, (overrideFlags_ & kNodeOverriddenName) ? overriddenName_ : referenceName_));
+}
+
+bool RefNode::HasOverrides() { return overrideFlags_ != 0 || RefBase::HasOverrides(); }
+
+void RefNode::OnNodeRenamed(const MSTR& newName) {
+    if (theHold.RestoreOrRedoing()) {
+        // The undo record brings the bits back; the local name follows the node.
+        if (!(overrideFlags_ & kNodeOverriddenName)) return;
+        overriddenName_ = newName;
+        if (!(overrideFlags_ & kNodeNameWithoutPrefix)) StripNamePrefix(GetNamePrefix().data(), overriddenName_);
+        return;
+    }
+    overriddenName_ = newName;
+    SetOverrideFlags(kNodeOverriddenName, kNodeOverriddenName);
+    if (overrideFlags_ & kNodeNameWithoutPrefix) return;
+    if (StripNamePrefix(GetNamePrefix().data(), overriddenName_) != 0)
+        SetOverrideFlags(kNodeNameWithoutPrefix, kNodeNameWithoutPrefix);
+}
+
+// ------------------------------------------------------------------------------------------ node state
+
+void RefNode::readObjectOffset(INode* node, NodeObjectOffset& out) {
+    out.pos = node->GetObjOffsetPos();
+    out.rot = node->GetObjOffsetRot();
+    out.scale = node->GetObjOffsetScale();
+}
+
+MSTR RefNode::readUserProps(INode* node) {
+    MSTR text;
+    node->GetUserPropBuffer(text);
+    return text;
+}
+
+std::uint16_t RefNode::readTmLocks(INode* node) {
+    std::uint16_t locks = 0;
+    for (int type = INODE_LOCKPOS; type <= INODE_LOCKSCL; ++type)
+        for (int axis = INODE_LOCK_X; axis <= INODE_LOCK_Z; ++axis)
+            if (node->GetTransformLock(type, axis)) locks = std::uint16_t(locks | (1u << (type * 3 + axis)));
+    return locks;
+}
+
+std::int32_t RefNode::computeNodeKind(INode* node) {
+    if (node->GetBoneNodeOnOff()) return kKindBone;
+    Object* obj = node->GetBaseObject();
+    if (!obj) obj = node->GetObjectRef();
+    if (!obj) return 0;
+    if (obj->GetInterface(kParticleInterface)) return kKindParticles;
+    if (obj->ClassID() == kTargetObjectClass) {
+        if (INode* looker = node->GetLookatNode())
+            if (Object* lookerObj = looker->GetBaseObject()) {
+                const SClass_ID sc = lookerObj->SuperClassID();
+                if (sc == kLightSuper || sc == kCameraSuper) return std::int32_t(sc);
+            }
+    }
+    return std::int32_t(obj->SuperClassID());
+}
+
+// ------------------------------------------------------------------------------------------ local dependents
+
+namespace {
+
+constexpr SClass_ID kNodeSuper = BASENODE_CLASS_ID;
+constexpr SClass_ID kHelperOwnedSuper = 0x8663DFA7;
+constexpr SClass_ID kRefTargetSuper = 256;
+const Class_ID kFollowOwnerClass(0x5DDB3626, 0x23B708DB);
+const Class_ID kInstanceMgrClass(8738, 0);
+const Class_ID kSkippedClass(0x55293BB4, 0x4AD13DAD);
+const Class_ID kManagedClasses[] = {Class_ID(3200, 0), Class_ID(0xEE448B23, 0), Class_ID(0x8D73B8AA, 0x90F2EE71),
+                                    Class_ID(0x17356912, 0)};
+
+struct LocalDependentWalk {
+    RefNode* self;
+    std::unordered_set<ReferenceTarget*> seen;
+
+    bool walk(ReferenceTarget* item) {
+        if (!item || !seen.insert(item).second) return false;
+        DependentIterator it(item);
+        while (ReferenceMaker* dep = it.Next()) {
+            if (dep == static_cast<ReferenceMaker*>(self)) continue;
+            const SClass_ID sc = dep->SuperClassID();
+            if (sc == kHelperOwnedSuper) continue;
+            if (sc == kNodeSuper) {
+                if (!FindNodeRecord(static_cast<INode*>(dep))) return true;
+                continue;
+            }
+            if (sc == REFBASE_SUPER_CLASS_ID || sc == REFANIM_SUPER_CLASS_ID) {
+                if (dep->IsRealDependency(item)) return true;
+                continue;
+            }
+            if (sc == kRefTargetSuper) {
+                const Class_ID id = dep->ClassID();
+                if (id == kSkippedClass) continue;
+                if (id == kInstanceMgrClass) {
+                    for (const Class_ID& managed : kManagedClasses)
+                        if (item->ClassID() == managed) return true;
+                    continue;
+                }
+                if (id == kFollowOwnerClass) {
+                    if (walk(dynamic_cast<ReferenceTarget*>(dep))) return true;
+                    continue;
+                }
+            }
+            if (auto* target = dynamic_cast<ReferenceTarget*>(dep); target && walk(target)) return true;
+        }
+        return false;
+    }
+};
+
+}  // namespace
+
+bool RefNode::HasLocalDependents(ReferenceTarget* item) {
+    LocalDependentWalk walk{this, {}};
+    return walk.walk(item);
+}
+
+// ------------------------------------------------------------------------------------------ diagnostics
+
+MSTR RefNode::GetTypeName() {
+    const MCHAR* name = GetString(IDS_CLASS_REFNODE);
+    return name && *name ? MSTR(name) : MSTR(L"RefNode");
+}
+
+namespace {
+
+MSTR StateLines(std::int32_t nodeLoaded, std::uint32_t flags, Mtl* material) {
+    MSTR info = nodeLoaded ? L"\nNode Loaded: TRUE" : L"\nNode Loaded: FALSE";
+    info.append_printf(L"\nOverridden Flags: %d", int(flags));
+    if ((flags & kNodeMaterial) && material)
+        info.append_printf(L"\nOverridden Material: %d", HandleOf(material));
+    else
+        info += L"\nOverridden Material: None";
+    return info;
+}
+
+}  // namespace
+
+MSTR RefNode::GetInfo() {
+    INode* node = GetNode();
+    MSTR info = L"Node: " + referenceName_;
+    info.append_printf(L" - %d", HandleOf(node));
+    if (node) {
+        try {
+            MSTR details = L"\nBase Object: " + DescribeItem(node->GetObjectRef());
+            details += L"\nController: " + DescribeItem(node->GetTMController());
+            info += details;
+        } catch (...) {
+            info += L"\nFailed to retrieve Node Info";
+        }
+    }
+    return info + StateLines(nodeLoaded_, overrideFlags_, material_);
+}
+
+void RefNode::PrintData(int mode) {
+    const int handle = HandleOf(GetNode());
+    if (mode == 1) {
+        mprintf(L"\n\n***************************\nRefNode: %s - %d\n\n", referenceName_.data(), handle);
+        mputs(StateLines(nodeLoaded_, overrideFlags_, material_).data());
+        mputs(L"\n");
+        mflush();
+    } else {
+        mprintf(L"\nRefNode: %s - %d\n", referenceName_.data(), handle);
+    }
+    RefBase::PrintData(mode);
+}
+
+// ------------------------------------------------------------------------------------------ cloning
+
+namespace {
+
+// Points the clone's parent reference at the parent record's clone, or at the original when it was not cloned.
+class ParentPatch : public PostPatchProc {
+public:
+    ParentPatch(RefNode* clone, int index, ReferenceTarget* parent) : clone_(clone), index_(index), parent_(parent) {}
+    int Proc(RemapDir& remap) override {
+        ReferenceTarget* mapped = remap.FindMapping(parent_);
+        clone_->ReplaceReference(index_, mapped ? mapped : parent_);
+        return TRUE;
+    }
+
+private:
+    RefNode* clone_;
+    int index_;
+    ReferenceTarget* parent_;
+};
+
+}  // namespace
+
+void RefNode::BaseClone(ReferenceTarget* from, ReferenceTarget* to, RemapDir& remap) {
+    RefBase::BaseClone(from, to, remap);
+    auto* src = dynamic_cast<RefNode*>(from);
+    auto* dst = dynamic_cast<RefNode*>(to);
+    if (!src || !dst) return;
+    const std::uint32_t flags = src->overrideFlags_;
+    dst->referenceName_ = src->referenceName_;
+    dst->nodeLoaded_ = src->nodeLoaded_;
+    dst->overrideFlags_ = flags;
+    dst->nodeKind_ = src->nodeKind_;
+    if (flags & kNodeOverriddenName) dst->overriddenName_ = src->overriddenName_;
+    if (flags & kNodeGrouping) dst->groupFlags_ = src->groupFlags_;
+    if (flags & kNodeObjectOffset) dst->objectOffset_ = src->objectOffset_;
+    if (flags & kNodeSkinPose) dst->skinPose_ = src->skinPose_;
+    if (flags & kNodeWireColor) dst->wireColor_ = src->wireColor_;
+    if (flags & (kNodeHidden | kNodeFrozen | kNodeDisplayProps)) {
+        dst->displayBits_ = src->displayBits_;
+        dst->displayValues_[0] = src->displayValues_[0];
+        dst->displayValues_[1] = src->displayValues_[1];
+    }
+    if (flags & kNodeRenderProps) dst->renderProps_ = src->renderProps_;
+    if (flags & kNodeUserProps) dst->userProps_ = src->userProps_;
+    if (flags & kNodeBoneProps) dst->boneProps_ = src->boneProps_;
+    if (flags & kNodeTmLocks) dst->tmLocks_ = src->tmLocks_;
+    if (flags & kNodeSelectionSets) dst->selectionSets_ = src->selectionSets_;
+    dst->modCountsAtMerge_[0] = src->modCountsAtMerge_[0];
+    dst->modCountsAtMerge_[1] = src->modCountsAtMerge_[1];
+    const int b = dst->ownBase();
+    if (flags & kNodeMaterial)
+        dst->ReplaceReference(b, src->material_);
+    else
+        dst->material_ = src->material_;
+    if (ReferenceTarget* parent = src->parent_) {
+        if (parent->SuperClassID() == REFBASE_SUPER_CLASS_ID)
+            remap.AddPostPatchProc(new ParentPatch(dst, b + 1, parent), true);
+        else
+            dst->ReplaceReference(b + 1, parent);
+    }
+}
+
+// ------------------------------------------------------------------------------------------ scripting
+
+BaseInterface* RefNode::GetInterface(Interface_ID id) {
+    if (id == REFNODE_INTERFACE_ID) return static_cast<RefNodeInterface*>(this);
+    return RefBase::GetInterface(id);
+}
+
+ReferenceTarget* RefNode::ScriptGetRefAnimChecked(int index) { return GetRefAnim(index); }
+
+void RefNode::ScriptSetName(const MCHAR* name) {
+    referenceName_ = name ? MSTR(name) : MSTR();
+    INode* node = GetNode();
+    if (!node || (overrideFlags_ & kNodeOverriddenName)) return;
+    vandrels::OperationModeScope mode(vandrels::kModeRenaming);
+    node->SetName(Prefixed(GetNamePrefix(), referenceName_));
+}

@@ -1,0 +1,178 @@
+// The node record: wraps one scene node merged from a reference file (reference 0). It keeps the node's name in
+// the reference file, the node's state as merged (the baseline) and, per property the user changed locally, the
+// local value and an override bit; on a reload it moves the scene's references to the freshly merged node.
+#pragma once
+
+#include "geom.h"
+#include "records/ref_base.h"
+
+#include <cstdint>
+
+class INode;
+class Mtl;
+class MAXException;
+struct NotifyInfo;
+
+// The override bits of a node record's flag word.
+enum RefNodeFlag : std::uint32_t {
+    kNodeLocalDependents = 0x1,
+    kNodeOverriddenName = 0x2,
+    kNodeNameWithoutPrefix = 0x4,
+    kNodeMaterial = 0x8,
+    kNodeModifiers = 0x10,
+    kNodeObjectSpaceReplaced = 0x20,
+    kNodeParent = 0x40,
+    kNodeChildren = 0x80,
+    kNodeGrouping = 0x100,
+    kNodeLayer = 0x200,
+    kNodeObjectOffset = 0x400,
+    kNodeSkinPose = 0x800,
+    kNodeWireColor = 0x1000,
+    kNodeHidden = 0x2000,
+    kNodeFrozen = 0x4000,
+    kNodeDisplayProps = 0x8000,
+    kNodeRenderProps = 0x10000,
+    kNodeUserProps = 0x20000,
+    kNodeBoneProps = 0x40000,
+    kNodeClothChanged = 0x80000,
+    kNodeTmLocks = 0x100000,
+    kNodeExclusionList = 0x200000,
+    kNodeObjectLocalDep = 0x400000,
+    kNodeSelectionSets = 0x800000,
+    kNodeExclusionMisc = 0x1000000,
+};
+
+// Stored values, laid out as the scene file holds them.
+struct NodeObjectOffset {
+    Point3 pos;
+    Quat rot;
+    ScaleValue scale;
+};
+struct NodeSkinRotation {
+    float value[4] = {0, 0, 0, 1};
+    std::int32_t form = 0;
+};
+struct NodeSkinPose {
+    Point3 pos;
+    NodeSkinRotation rot;
+    ScaleValue scale;
+};
+struct NodeRenderProps {
+    std::uint32_t flags = 0;
+    std::uint8_t values[20] = {};
+    std::uint8_t extra[36] = {};
+};
+struct NodeBoneProps {
+    std::uint8_t flags = 0;
+    std::uint8_t settings[2] = {};
+};
+
+class RefNode : public RefBase, public RefNodeInterface {
+public:
+    // A record without node (the host's, before a scene file fills it): nodeLoaded is 0.
+    RefNode();
+    // A record for node owned by helper: it takes the node's name as its reference name and builds its
+    // animatable records. Throws MAXException ("Error Creating RefNode") when that fails.
+    RefNode(INode* node, VandrelsHelper* helper);
+    ~RefNode() override;
+
+    Class_ID ClassID() override { return REFNODE_CLASS_ID; }
+
+    INode* GetNode();
+    const MSTR& GetName() const { return referenceName_; }
+    void SetName(const MSTR& name) { referenceName_ = name; }
+    std::uint32_t GetOverrideFlags() const { return overrideFlags_; }
+    // Sets the masked override bits, undoably while the host is holding.
+    void SetOverrideFlags(std::uint32_t mask, std::uint32_t value);
+
+    // The record protocol.
+    void Collect() override;
+    void CaptureBaseline() override;
+    void Update(ReferenceTarget* newTarget) override;
+    void FinishLoad() override;
+    void ApplyNamePrefix(const MSTR& prefix) override;
+    bool HasOverrides() override;
+    void PrintData(int mode) override;
+    MSTR GetInfo() override;
+    MSTR GetTypeName() override;
+
+    // The user renamed the node (forwarded by the helper's scene events).
+    void OnNodeRenamed(const MSTR& newName);
+    // Whether a scene item other than the records depends on node.
+    bool HasLocalDependents(ReferenceTarget* item);
+    // Builds the mirrors of the node's modifier stacks; the modifier lists come with the modifier records.
+    void MonitorModifiers() {}
+
+    // References: the base ones, then material, parent, children, layer, exclusion lights, local dependent and
+    // the other exclusion items.
+    int NumRefs() override;
+    RefTargetHandle GetReference(int i) override;
+    void SetReference(int i, RefTargetHandle target) override;
+    // Only the node record's own references move, and only while loading.
+    BOOL CanTransferReference(int i) override;
+
+    void BaseClone(ReferenceTarget* from, ReferenceTarget* to, RemapDir& remap) override;
+
+    IOResult Save(ISave* isave) override;
+    // A read error empties the animatable records and answers the error.
+    IOResult Load(ILoad* iload) override;
+
+    BaseInterface* GetInterface(Interface_ID id) override;
+    using RefBase::GetInterface;
+
+    // RefNodeInterface
+    int ScriptNumRefAnims() override { return NumRefAnims(); }
+    ReferenceTarget* ScriptGetRefAnimChecked(int index) override;
+    MSTR ScriptGetName() override { return referenceName_; }
+    // Sets the reference name and renames a present node that carries no local name.
+    void ScriptSetName(const MCHAR* name) override;
+
+protected:
+    IOResult LoadChunk(ILoad* iload) override;
+
+private:
+    static void notifyProc(void* param, NotifyInfo* info);
+    void registerNotifications();
+    void unregisterNotifications();
+    // The node's state as the record stores it.
+    void readObjectOffset(INode* node, NodeObjectOffset& out);
+    MSTR readUserProps(INode* node);
+    std::uint16_t readTmLocks(INode* node);
+    std::int32_t computeNodeKind(INode* node);
+    // Ends a failed operation: lets go of the node and throws the composed message.
+    [[noreturn]] void fail(const MCHAR* words, const MCHAR* step, const MAXException* cause);
+    template <class Op> void runInErrorFrame(const MCHAR* words, const MCHAR* unknownWords, Op op);
+    int ownBase() const { return NumBaseRefs(); }
+
+    const MCHAR* step_ = nullptr;  // the step word in force, or null
+
+    MSTR referenceName_;
+    std::int32_t nodeLoaded_ = 0;
+    std::int32_t nodeLoadedAtCollect_ = 0;
+    std::uint32_t overrideFlags_ = 0;
+    MSTR overriddenName_;
+    Mtl* material_ = nullptr;
+    ReferenceTarget* parent_ = nullptr;
+    Tab<INode*> children_;
+    std::uint8_t groupFlags_ = 0;
+    ReferenceTarget* layer_ = nullptr;
+    NodeObjectOffset objectOffset_;
+    NodeSkinPose skinPose_;
+    std::uint32_t wireColor_ = 0;
+    std::uint16_t displayBits_ = 0;
+    std::uint8_t displayValues_[2] = {};
+    NodeRenderProps renderProps_;
+    MSTR userProps_;
+    NodeBoneProps boneProps_;
+    std::uint16_t tmLocks_ = 0;
+    Tab<ReferenceTarget*> exclusionLights_;
+    Tab<ReferenceTarget*> scratchLights_;
+    ReferenceTarget* localDependent_ = nullptr;
+    std::int32_t nodeKind_ = 0;
+    Tab<int> selectionSets_;
+    Tab<ReferenceTarget*> exclusionOthers_;
+    Tab<int> exclusionModes_;
+    INode* placeholderFor_ = nullptr;
+    std::int32_t modCountsAtMerge_[2] = {0, 0};
+    int notificationsRegistered_ = 0;
+};

@@ -1,0 +1,267 @@
+// The node record's chunks in a scene file: fixed chunks always, the local values only with their override bits.
+#include "helper/vandrels_helper.h"
+#include "ioapi.h"
+#include "records/chunk_io.h"
+#include "records/ref_node.h"
+
+#include <vector>
+
+namespace {
+
+enum : USHORT {
+    kNodeLoadedChunk = 0x0007,
+    kReferenceNameChunk = 0x0008,
+    kFlagsChunk = 0x000A,
+    kOverriddenNameChunk = 0x000B,
+    kChildrenCountChunk = 0x000C,
+    kGroupFlagsChunk = 0x000D,
+    kObjectOffsetChunk = 0x000E,
+    kSkinPoseChunk = 0x000F,
+    kWireColorChunk = 0x0010,
+    kDisplayChunk = 0x0011,
+    kRenderPropsChunk = 0x0012,
+    kUserPropsChunk = 0x0013,
+    kBonePropsChunk = 0x0014,
+    kModCountsChunk = 0x0024,
+    kTmLocksChunk = 0x0028,
+    kExclusionLightsChunk = 0x0029,
+    kNodeKindChunk = 0x002A,
+    kSelectionSetsChunk = 0x002B,
+    kExclusionOthersChunk = 0x002C,
+};
+
+// Collects the raw bytes of one chunk's payload.
+class Payload {
+public:
+    template <class T> Payload& Add(const T& value) {
+        const auto* p = reinterpret_cast<const std::uint8_t*>(&value);
+        bytes_.insert(bytes_.end(), p, p + sizeof(T));
+        return *this;
+    }
+    Payload& AddBytes(const std::uint8_t* p, std::size_t n) {
+        bytes_.insert(bytes_.end(), p, p + n);
+        return *this;
+    }
+    IOResult Save(ISave* isave, USHORT id) const {
+        ULONG written = 0;
+        isave->BeginChunk(id);
+        const IOResult res = isave->Write(bytes_.data(), ULONG(bytes_.size()), &written);
+        isave->EndChunk();
+        return res;
+    }
+
+private:
+    std::vector<std::uint8_t> bytes_;
+};
+
+IOResult SaveText(ISave* isave, USHORT id, const MSTR& text) {
+    isave->BeginChunk(id);
+    const IOResult res = isave->WriteWString(text);
+    isave->EndChunk();
+    return res;
+}
+
+IOResult ReadBytes(ILoad* iload, void* out, ULONG size) {
+    ULONG n = 0;
+    return iload->Read(out, size, &n);
+}
+
+IOResult ReadPoint(ILoad* iload, Point3& p) {
+    float v[3];
+    const IOResult res = ReadBytes(iload, v, sizeof v);
+    if (res == IO_OK) p = Point3(v[0], v[1], v[2]);
+    return res;
+}
+
+IOResult ReadQuat(ILoad* iload, Quat& q) {
+    float v[4];
+    const IOResult res = ReadBytes(iload, v, sizeof v);
+    if (res == IO_OK) q = Quat(v[0], v[1], v[2], v[3]);
+    return res;
+}
+
+IOResult ReadScale(ILoad* iload, ScaleValue& s) {
+    IOResult res = ReadPoint(iload, s.s);
+    return res == IO_OK ? ReadQuat(iload, s.q) : res;
+}
+
+// A list count; a damaged count fails the load.
+IOResult ReadCount(ILoad* iload, std::int32_t& count) {
+    const IOResult res = chunkio::ReadValue(iload, count);
+    if (res != IO_OK) return res;
+    return chunkio::IsPlausibleCount(count) ? IO_OK : IO_ERROR;
+}
+
+template <class T> void SizeWithNulls(Tab<T*>& list, std::int32_t count) {
+    list.ZeroCount();
+    list.SetCount(count);
+    for (T*& slot : list) slot = nullptr;
+}
+
+}  // namespace
+
+IOResult RefNode::Save(ISave* isave) {
+    const std::uint32_t f = overrideFlags_;
+    if (SaveFormatChunk(isave) != IO_OK) return IO_ERROR;
+    if (chunkio::SaveValueChunk(isave, kNodeLoadedChunk, nodeLoaded_) != IO_OK) return IO_ERROR;
+    if (SaveText(isave, kReferenceNameChunk, referenceName_) != IO_OK) return IO_ERROR;
+    if (chunkio::SaveValueChunk(isave, kFlagsChunk, f) != IO_OK) return IO_ERROR;
+    if ((f & kNodeOverriddenName) && SaveText(isave, kOverriddenNameChunk, overriddenName_) != IO_OK)
+        return IO_ERROR;
+    if (children_.Count() &&
+        chunkio::SaveValueChunk(isave, kChildrenCountChunk, std::int32_t(children_.Count())) != IO_OK)
+        return IO_ERROR;
+    if ((f & kNodeGrouping) && chunkio::SaveValueChunk(isave, kGroupFlagsChunk, groupFlags_) != IO_OK)
+        return IO_ERROR;
+    if (f & kNodeObjectOffset) {
+        const NodeObjectOffset& o = objectOffset_;
+        Payload p;
+        p.Add(o.pos.x).Add(o.pos.y).Add(o.pos.z).Add(o.rot.x).Add(o.rot.y).Add(o.rot.z).Add(o.rot.w);
+        p.Add(o.scale.s.x).Add(o.scale.s.y).Add(o.scale.s.z);
+        p.Add(o.scale.q.x).Add(o.scale.q.y).Add(o.scale.q.z).Add(o.scale.q.w);
+        if (p.Save(isave, kObjectOffsetChunk) != IO_OK) return IO_ERROR;
+    }
+    if (f & kNodeSkinPose) {
+        const NodeSkinPose& k = skinPose_;
+        Payload p;
+        p.Add(k.pos.x).Add(k.pos.y).Add(k.pos.z);
+        for (float v : k.rot.value) p.Add(v);
+        p.Add(k.rot.form);
+        p.Add(k.scale.s.x).Add(k.scale.s.y).Add(k.scale.s.z);
+        p.Add(k.scale.q.x).Add(k.scale.q.y).Add(k.scale.q.z).Add(k.scale.q.w);
+        if (p.Save(isave, kSkinPoseChunk) != IO_OK) return IO_ERROR;
+    }
+    if ((f & kNodeWireColor) && chunkio::SaveValueChunk(isave, kWireColorChunk, wireColor_) != IO_OK)
+        return IO_ERROR;
+    if (f & (kNodeHidden | kNodeFrozen | kNodeDisplayProps)) {
+        Payload p;
+        p.Add(displayBits_).Add(displayValues_[0]).Add(displayValues_[1]);
+        if (p.Save(isave, kDisplayChunk) != IO_OK) return IO_ERROR;
+    }
+    if (f & kNodeRenderProps) {
+        Payload p;
+        p.Add(renderProps_.flags).AddBytes(renderProps_.values, 20).AddBytes(renderProps_.extra, 36);
+        if (p.Save(isave, kRenderPropsChunk) != IO_OK) return IO_ERROR;
+    }
+    if ((f & kNodeUserProps) && SaveText(isave, kUserPropsChunk, userProps_) != IO_OK) return IO_ERROR;
+    if (f & kNodeBoneProps) {
+        Payload p;
+        p.Add(boneProps_.flags).Add(boneProps_.settings[0]).Add(boneProps_.settings[1]);
+        if (p.Save(isave, kBonePropsChunk) != IO_OK) return IO_ERROR;
+    }
+    if ((f & kNodeTmLocks) && chunkio::SaveValueChunk(isave, kTmLocksChunk, tmLocks_) != IO_OK) return IO_ERROR;
+    if (VandrelsHelper* helper = GetHelper(); helper && helper->GetPersistRef()) {
+        Payload p;
+        p.Add(modCountsAtMerge_[0]).Add(modCountsAtMerge_[1]);
+        if (p.Save(isave, kModCountsChunk) != IO_OK) return IO_ERROR;
+    }
+    if (chunkio::SaveValueChunk(isave, kExclusionLightsChunk, std::int32_t(exclusionLights_.Count())) != IO_OK)
+        return IO_ERROR;
+    if (SaveRefAnimCountChunk(isave) != IO_OK) return IO_ERROR;
+    if (chunkio::SaveValueChunk(isave, kNodeKindChunk, nodeKind_) != IO_OK) return IO_ERROR;
+    if (f & kNodeSelectionSets) {
+        Payload p;
+        p.Add(std::int32_t(selectionSets_.Count()));
+        for (int set : selectionSets_) p.Add(std::int32_t(set));
+        if (p.Save(isave, kSelectionSetsChunk) != IO_OK) return IO_ERROR;
+    }
+    // The mode list follows the item list, new entries 0.
+    const int others = exclusionOthers_.Count();
+    const int known = exclusionModes_.Count();
+    exclusionModes_.SetCount(others);
+    for (int k = known; k < others; ++k) exclusionModes_[k] = 0;
+    Payload p;
+    p.Add(std::int32_t(others));
+    for (int mode : exclusionModes_) p.Add(std::int32_t(mode));
+    return p.Save(isave, kExclusionOthersChunk);
+}
+
+IOResult RefNode::Load(ILoad* iload) {
+    const IOResult res = RefBase::Load(iload);
+    if (res != IO_OK) ClearRefAnimSlots();
+    return res;
+}
+
+IOResult RefNode::LoadChunk(ILoad* iload) {
+    switch (iload->CurChunkID()) {
+    case kNodeLoadedChunk: return chunkio::ReadValue(iload, nodeLoaded_);
+    case kReferenceNameChunk: return iload->ReadWStringChunk(referenceName_);
+    case kFlagsChunk: return chunkio::ReadValue(iload, overrideFlags_);
+    case kOverriddenNameChunk: return iload->ReadWStringChunk(overriddenName_);
+    case kChildrenCountChunk: {
+        std::int32_t count = 0;
+        const IOResult res = ReadCount(iload, count);
+        if (res == IO_OK) SizeWithNulls(children_, count);
+        return res;
+    }
+    case kGroupFlagsChunk: return chunkio::ReadValue(iload, groupFlags_);
+    case kObjectOffsetChunk: {
+        NodeObjectOffset o;
+        IOResult res = ReadPoint(iload, o.pos);
+        if (res == IO_OK) res = ReadQuat(iload, o.rot);
+        if (res == IO_OK) res = ReadScale(iload, o.scale);
+        if (res == IO_OK) objectOffset_ = o;
+        return res;
+    }
+    case kSkinPoseChunk: {
+        NodeSkinPose k;
+        IOResult res = ReadPoint(iload, k.pos);
+        if (res == IO_OK) res = ReadBytes(iload, k.rot.value, sizeof k.rot.value);
+        if (res == IO_OK) res = chunkio::ReadValue(iload, k.rot.form);
+        if (res == IO_OK) res = ReadScale(iload, k.scale);
+        if (res == IO_OK) skinPose_ = k;
+        return res;
+    }
+    case kWireColorChunk: return chunkio::ReadValue(iload, wireColor_);
+    case kDisplayChunk: {
+        IOResult res = chunkio::ReadValue(iload, displayBits_);
+        return res == IO_OK ? ReadBytes(iload, displayValues_, 2) : res;
+    }
+    case kRenderPropsChunk: {
+        IOResult res = chunkio::ReadValue(iload, renderProps_.flags);
+        if (res == IO_OK) res = ReadBytes(iload, renderProps_.values, 20);
+        return res == IO_OK ? ReadBytes(iload, renderProps_.extra, 36) : res;
+    }
+    case kUserPropsChunk: return iload->ReadWStringChunk(userProps_);
+    case kBonePropsChunk: {
+        IOResult res = chunkio::ReadValue(iload, boneProps_.flags);
+        return res == IO_OK ? ReadBytes(iload, boneProps_.settings, 2) : res;
+    }
+    case kTmLocksChunk: return chunkio::ReadValue(iload, tmLocks_);
+    case kModCountsChunk: return ReadBytes(iload, modCountsAtMerge_, sizeof modCountsAtMerge_);
+    case kExclusionLightsChunk: {
+        std::int32_t count = 0;
+        const IOResult res = ReadCount(iload, count);
+        if (res == IO_OK) SizeWithNulls(exclusionLights_, count);
+        return res;
+    }
+    case kNodeKindChunk: return chunkio::ReadValue(iload, nodeKind_);
+    case kSelectionSetsChunk: {
+        std::int32_t count = 0;
+        IOResult res = ReadCount(iload, count);
+        Tab<int> sets;
+        for (std::int32_t k = 0; res == IO_OK && k < count; ++k) {
+            std::int32_t set = 0;
+            res = chunkio::ReadValue(iload, set);
+            sets.Append(set);
+        }
+        if (res == IO_OK) selectionSets_ = sets;
+        return res;
+    }
+    case kExclusionOthersChunk: {
+        std::int32_t count = 0;
+        IOResult res = ReadCount(iload, count);
+        Tab<int> modes;
+        for (std::int32_t k = 0; res == IO_OK && k < count; ++k) {
+            std::int32_t mode = 0;
+            res = chunkio::ReadValue(iload, mode);
+            modes.Append(mode);
+        }
+        if (res != IO_OK) return res;
+        SizeWithNulls(exclusionOthers_, count);
+        exclusionModes_ = modes;
+        return IO_OK;
+    }
+    default: return RefBase::LoadChunk(iload);
+    }
+}
