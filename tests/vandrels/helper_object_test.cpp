@@ -3,6 +3,7 @@
 #include "assetmanagement.h"
 #include "core/class_directory.h"
 #include "ilayer.h"
+#include "imtl.h"
 #include "inode.h"
 #include "io/chunk_reader.h"
 #include "io/chunk_writer.h"
@@ -278,6 +279,20 @@ TEST_F(Helper, PrintDataWritesTheHelpersLists) {
                            L"\nNodesToDelete:\nBox01,\nSphere02,\n"
                            L"\nRenamedLayers:\nWalls -> Ref_Walls\nProps -> Stage (Full)\n\n"
                            L"\nRefNode: NULL\n\n\nRefNode: NULL\n\n\nRefMaterial: NULL\n\n\nRefLayer: NULL\n\n"));
+
+    // A bound record prints its own block in its slot.
+    Mtl* wood = NewDefaultStdMat();
+    wood->SetName(L"Wood");
+    auto* record = static_cast<ReferenceTarget*>(
+        static_cast<Animatable*>(CreateInstance(0x8663DFA6, Class_ID(0x8663DFA6, 0x3F273885))));
+    ASSERT_NE(record, nullptr);
+    ASSERT_EQ(record->ReplaceReference(0, wood), REF_SUCCEED);
+    ASSERT_EQ(full->ReplaceReference(2 + 2, record), REF_SUCCEED);
+    listener.Clear();
+    ASSERT_EQ(InterfaceOf(full)->Invoke(5, &mode), FPS_OK);
+    const std::wstring text = listener.Text();
+    EXPECT_NE(text.find(L"\nRefNode: NULL\n\n\nRefNode: NULL\n\n\nRefMaterial: Wood - "), std::wstring::npos) << text;
+    EXPECT_EQ(text.find(L"RefMaterial: NULL"), std::wstring::npos) << text;
     full->DeleteThis();
 }
 

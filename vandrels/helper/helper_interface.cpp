@@ -72,13 +72,19 @@ void VandrelsHelper::PrintData(int mode) {
     mflush();
     mputs(L"\n");
     mflush();
-    // A bound record prints its own block (PrintData(mode)) once the records describe themselves.
-    (void)mode;
-    for (RefNode* record : refNodes)
-        if (!record) mputs(L"\nRefNode: NULL\n\n");
+    for (RefNode* record : refNodes) {
+        if (record)
+            record->PrintData(mode);
+        else
+            mputs(L"\nRefNode: NULL\n\n");
+    }
     mflush();
-    for (RefMaterial* record : refMaterials)
-        if (!record) mputs(L"\nRefMaterial: NULL\n\n");
+    for (RefMaterial* record : refMaterials) {
+        if (record)
+            record->PrintData(mode);
+        else
+            mputs(L"\nRefMaterial: NULL\n\n");
+    }
     mflush();
     for (RefLayer* entry : refLayers) {
         ILayer* layer = entry ? entry->layer : nullptr;
