@@ -25,6 +25,9 @@
 
 namespace {
 
+using vtest::LoadInto;
+using vtest::SavedBy;
+
 constexpr Class_ID kHelperClass(0x8663DFA5, 0x3F273879);
 constexpr Interface_ID kHelperInterface(0x9663DFA5, 0x4F273879);
 constexpr Interface_ID kOperationLog(0x9663DFB0, 0x4F2738F0);
@@ -51,17 +54,6 @@ Bytes FullHelperBytes() {
         .Wrapped(0x0006, Renamed(L"Props", L"Stage", 1));
     b.Chunk(0x0025, std::int32_t(1)).Text(0x0026, L"Walls");
     return b;
-}
-
-IOResult LoadInto(ReferenceMaker* obj, const std::vector<std::uint8_t>& bytes) {
-    hostrt::ChunkReader r(bytes.data(), bytes.size());
-    return obj->Load(&r);
-}
-
-std::vector<std::uint8_t> SavedBy(ReferenceMaker* obj) {
-    hostrt::ChunkWriter w;
-    EXPECT_EQ(obj->Save(&w), IO_OK);
-    return w.Bytes();
 }
 
 ReferenceTarget* NewHelper(BOOL loading = FALSE) {

@@ -19,6 +19,8 @@
 
 namespace {
 
+using vtest::LoadInto;
+
 constexpr Class_ID kEmptyBaseObject(0x8663DFA5, 0x3F273888);
 constexpr Class_ID kEmptyController(0x8663DFA5, 0x3F273889);
 constexpr Class_ID kEmptyShape(0x8663DFA5, 0x3F273891);
@@ -46,11 +48,6 @@ std::vector<std::uint8_t> MatrixChunk(const Matrix3& tm, ULONG bytes = 52, USHOR
     w.Write(&tm, bytes, &n);
     w.EndChunk();
     return w.Bytes();
-}
-
-IOResult LoadInto(ReferenceMaker* obj, const std::vector<std::uint8_t>& bytes) {
-    hostrt::ChunkReader r(bytes.data(), bytes.size());
-    return obj->Load(&r);
 }
 
 Matrix3 ValueOf(Control* c, TimeValue t, GetSetMethod method, Matrix3 incoming = Matrix3()) {

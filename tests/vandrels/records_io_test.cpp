@@ -20,6 +20,9 @@
 
 namespace {
 
+using vtest::LoadInto;
+using vtest::SavedBy;
+
 constexpr SClass_ID kRecordSuper = 0x8663DFA6;
 constexpr SClass_ID kAnimRecordSuper = 0x8663DFA8;
 constexpr Class_ID kBaseRecord(0x8663DFA6, 0x3F273883);
@@ -48,18 +51,6 @@ Bytes AnimBaseBytes(std::uint8_t state, std::int32_t option = 1) {
     b.Chunk(0x0025, std::int32_t(2)).Chunk(0x0026, std::int32_t(3)).Chunk(0x0026, std::int32_t(1));
     b.Chunk(0x0027, state).Chunk(0x0028, option);
     return b;
-}
-
-IOResult LoadInto(ReferenceMaker* obj, const std::vector<std::uint8_t>& bytes) {
-    hostrt::ChunkReader r(bytes.data(), bytes.size());
-    return obj->Load(&r);
-}
-
-std::vector<std::uint8_t> SavedBy(ReferenceMaker* obj) {
-    hostrt::ChunkWriter w;
-    EXPECT_EQ(obj->Save(&w), IO_OK);
-    EXPECT_EQ(w.CurChunkDepth(), 0);
-    return w.Bytes();
 }
 
 class Records : public ::testing::Test {

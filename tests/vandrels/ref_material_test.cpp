@@ -24,6 +24,9 @@
 
 namespace {
 
+using vtest::LoadInto;
+using vtest::SavedBy;
+
 constexpr SClass_ID kRecordSuper = 0x8663DFA6;
 const Class_ID kRefMaterial(0x8663DFA6, 0x3F273885);
 const Class_ID kHelperClass(0x8663DFA5, 0x3F273879);
@@ -39,17 +42,6 @@ Bytes MaterialBytes(const MCHAR* referenceName, std::uint16_t flags, const MCHAR
     if (localName) b.Text(0x000B, localName);
     b.Chunk(0x0022, refAnims);
     return b;
-}
-
-std::vector<std::uint8_t> SavedBy(ReferenceMaker* obj) {
-    hostrt::ChunkWriter w;
-    EXPECT_EQ(obj->Save(&w), IO_OK);
-    return w.Bytes();
-}
-
-IOResult LoadInto(ReferenceMaker* obj, const std::vector<std::uint8_t>& bytes) {
-    hostrt::ChunkReader r(bytes.data(), bytes.size());
-    return obj->Load(&r);
 }
 
 FPValue Call(ReferenceTarget* record, const MCHAR* fn, std::vector<FPValue> args = {}) {

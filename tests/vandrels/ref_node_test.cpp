@@ -23,6 +23,9 @@
 
 namespace {
 
+using vtest::LoadInto;
+using vtest::SavedBy;
+
 constexpr SClass_ID kRecordSuper = 0x8663DFA6;
 const Class_ID kRefNode(0x8663DFA6, 0x3F273884);
 const Class_ID kHelperClass(0x8663DFA5, 0x3F273879);
@@ -50,17 +53,6 @@ struct NodeChunks {
         return b;
     }
 };
-
-std::vector<std::uint8_t> SavedBy(ReferenceMaker* obj) {
-    hostrt::ChunkWriter w;
-    EXPECT_EQ(obj->Save(&w), IO_OK);
-    return w.Bytes();
-}
-
-IOResult LoadInto(ReferenceMaker* obj, const std::vector<std::uint8_t>& bytes) {
-    hostrt::ChunkReader r(bytes.data(), bytes.size());
-    return obj->Load(&r);
-}
 
 std::vector<std::uint8_t> Floats(std::initializer_list<float> values) {
     std::vector<std::uint8_t> out;

@@ -7,6 +7,7 @@
 #include "io/file_bytes.h"
 #include "io/scene_format.h"
 #include "maxtypes.h"
+#include "ref.h"
 
 #include <gtest/gtest.h>
 
@@ -67,6 +68,20 @@ inline std::vector<std::vector<std::uint8_t>> SavedDataOf(const std::vector<Save
     for (const SavedObject& o : objects)
         if (o.classId == id) out.push_back(o.data);
     return out;
+}
+
+// The chunks obj's Save writes, every chunk closed again.
+inline std::vector<std::uint8_t> SavedBy(ReferenceMaker* obj) {
+    hostrt::ChunkWriter w;
+    EXPECT_EQ(obj->Save(&w), IO_OK);
+    EXPECT_EQ(w.CurChunkDepth(), 0);
+    return w.Bytes();
+}
+
+// Runs obj's Load over bytes.
+inline IOResult LoadInto(ReferenceMaker* obj, const std::vector<std::uint8_t>& bytes) {
+    hostrt::ChunkReader r(bytes.data(), bytes.size());
+    return obj->Load(&r);
 }
 
 // Chunks laid out the way the file format writes them, independently of the library: the expected bytes.

@@ -45,11 +45,6 @@ IOResult readExact(ILoad* iload, void* data, ULONG size) {
 
 IOResult readInt(ILoad* iload, int& value) { return readExact(iload, &value, sizeof(value)); }
 
-// A list length: a damaged file's negative or absurd count fails the load instead of sizing a list by it.
-IOResult readCount(ILoad* iload, int& count) {
-    const IOResult res = readInt(iload, count);
-    return res == IO_OK && chunkio::IsPlausibleCount(count) ? res : IO_ERROR;
-}
 
 // Reads the next sub-chunk of the open chunk, whatever its id, with read.
 template <class F> IOResult readSubChunk(ILoad* iload, F read) {
@@ -98,19 +93,13 @@ IOResult VandrelsHelper::Load(ILoad* iload) {
         int count = 0;
         switch (iload->CurChunkID()) {
         case kNumRefNodesChunk:
-            if ((res = readCount(iload, count)) == IO_OK) {
-                refNodes.SetCount(count);
-                for (RefNode*& slot : refNodes) slot = nullptr;
-            }
+            if ((res = chunkio::ReadCount(iload, count)) == IO_OK) chunkio::SizeWithNulls(refNodes, count);
             break;
         case kNumRefMaterialsChunk:
-            if ((res = readCount(iload, count)) == IO_OK) {
-                refMaterials.SetCount(count);
-                for (RefMaterial*& slot : refMaterials) slot = nullptr;
-            }
+            if ((res = chunkio::ReadCount(iload, count)) == IO_OK) chunkio::SizeWithNulls(refMaterials, count);
             break;
         case kNumNodesToDeleteChunk:
-            if ((res = readCount(iload, count)) == IO_OK) nodesToDelete.Resize(count);
+            if ((res = chunkio::ReadCount(iload, count)) == IO_OK) nodesToDelete.Resize(count);
             break;
         case kNodeToDeleteChunk: {
             WStr name;
@@ -118,7 +107,7 @@ IOResult VandrelsHelper::Load(ILoad* iload) {
             break;
         }
         case kNumRenamedLayersChunk:
-            if ((res = readCount(iload, count)) == IO_OK) renamedLayers.Resize(count);
+            if ((res = chunkio::ReadCount(iload, count)) == IO_OK) renamedLayers.Resize(count);
             break;
         case kRenamedLayerChunk: {
             auto* renamed = new RenamedLayer;
@@ -129,7 +118,7 @@ IOResult VandrelsHelper::Load(ILoad* iload) {
             break;
         }
         case kNumRefLayersChunk:
-            if ((res = readCount(iload, count)) == IO_OK) refLayers.Resize(count);
+            if ((res = chunkio::ReadCount(iload, count)) == IO_OK) refLayers.Resize(count);
             break;
         case kRefLayerChunk: {
             auto* entry = new RefLayer;

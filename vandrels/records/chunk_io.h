@@ -3,6 +3,7 @@
 #pragma once
 
 #include "ioapi.h"
+#include "tab.h"
 
 #include <cstdint>
 
@@ -29,5 +30,32 @@ template <class T> IOResult ReadValue(ILoad* iload, T& value) {
 
 // A list count read from a file: negative or absurdly large counts mean a damaged file.
 inline bool IsPlausibleCount(std::int32_t count) { return count >= 0 && count <= (1 << 20); }
+
+// Reads a list count from the open chunk; a damaged count fails the load instead of sizing a list by it.
+inline IOResult ReadCount(ILoad* iload, std::int32_t& count) {
+    const IOResult res = ReadValue(iload, count);
+    if (res != IO_OK) return res;
+    return IsPlausibleCount(count) ? IO_OK : IO_ERROR;
+}
+
+// Makes list count empty slots (the host fills them when it restores the references after loading).
+template <class T> void SizeWithNulls(Tab<T*>& list, std::int32_t count) {
+    list.ZeroCount();
+    list.SetCount(count);
+    for (T*& slot : list) slot = nullptr;
+}
+
+// Reads count int32 values following a count already read; values is untouched on a read error.
+inline IOResult ReadInt32s(ILoad* iload, std::int32_t count, Tab<int>& values) {
+    Tab<int> read;
+    for (std::int32_t k = 0; k < count; ++k) {
+        std::int32_t v = 0;
+        const IOResult res = ReadValue(iload, v);
+        if (res != IO_OK) return res;
+        read.Append(v);
+    }
+    values = read;
+    return IO_OK;
+}
 
 }  // namespace chunkio

@@ -627,12 +627,9 @@ IOResult RefBase::LoadChunk(ILoad* iload) {
     }
     case kRefAnimCountChunk: {
         std::int32_t count = 0;
-        const IOResult res = chunkio::ReadValue(iload, count);
-        if (res != IO_OK) return res;
-        if (!chunkio::IsPlausibleCount(count)) return IO_ERROR;
-        refAnims_.ZeroCount();
-        refAnims_.SetCount(count);
-        return IO_OK;
+        const IOResult res = chunkio::ReadCount(iload, count);
+        if (res == IO_OK) chunkio::SizeWithNulls(refAnims_, count);
+        return res;
     }
     default: return IO_OK;
     }

@@ -76,8 +76,7 @@ IOResult RefHolder::Load(ILoad* iload) {
     while ((res = iload->OpenChunk()) == IO_OK) {
         if (iload->CurChunkID() == kCountChunk) {
             std::int32_t count = 0;
-            res = chunkio::ReadValue(iload, count);
-            if (res == IO_OK && !chunkio::IsPlausibleCount(count)) res = IO_ERROR;
+            res = chunkio::ReadCount(iload, count);
             if (res == IO_OK) SetNumRefs(count);
         }
         iload->CloseChunk();

@@ -85,18 +85,8 @@ IOResult ReadScale(ILoad* iload, ScaleValue& s) {
     return res == IO_OK ? ReadQuat(iload, s.q) : res;
 }
 
-// A list count; a damaged count fails the load.
-IOResult ReadCount(ILoad* iload, std::int32_t& count) {
-    const IOResult res = chunkio::ReadValue(iload, count);
-    if (res != IO_OK) return res;
-    return chunkio::IsPlausibleCount(count) ? IO_OK : IO_ERROR;
-}
-
-template <class T> void SizeWithNulls(Tab<T*>& list, std::int32_t count) {
-    list.ZeroCount();
-    list.SetCount(count);
-    for (T*& slot : list) slot = nullptr;
-}
+using chunkio::ReadCount;
+using chunkio::SizeWithNulls;
 
 }  // namespace
 
@@ -238,29 +228,15 @@ IOResult RefNode::LoadChunk(ILoad* iload) {
     case kNodeKindChunk: return chunkio::ReadValue(iload, nodeKind_);
     case kSelectionSetsChunk: {
         std::int32_t count = 0;
-        IOResult res = ReadCount(iload, count);
-        Tab<int> sets;
-        for (std::int32_t k = 0; res == IO_OK && k < count; ++k) {
-            std::int32_t set = 0;
-            res = chunkio::ReadValue(iload, set);
-            sets.Append(set);
-        }
-        if (res == IO_OK) selectionSets_ = sets;
-        return res;
+        const IOResult res = ReadCount(iload, count);
+        return res == IO_OK ? chunkio::ReadInt32s(iload, count, selectionSets_) : res;
     }
     case kExclusionOthersChunk: {
         std::int32_t count = 0;
         IOResult res = ReadCount(iload, count);
-        Tab<int> modes;
-        for (std::int32_t k = 0; res == IO_OK && k < count; ++k) {
-            std::int32_t mode = 0;
-            res = chunkio::ReadValue(iload, mode);
-            modes.Append(mode);
-        }
-        if (res != IO_OK) return res;
-        SizeWithNulls(exclusionOthers_, count);
-        exclusionModes_ = modes;
-        return IO_OK;
+        if (res == IO_OK) res = chunkio::ReadInt32s(iload, count, exclusionModes_);
+        if (res == IO_OK) SizeWithNulls(exclusionOthers_, count);
+        return res;
     }
     default: return RefBase::LoadChunk(iload);
     }
