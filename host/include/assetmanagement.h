@@ -22,6 +22,10 @@ public:
     const MSTR& GetFileName() const { return fileName_; }
     AssetType GetType() const { return type_; }
     bool operator==(const AssetUser& o) const { return id_ == o.id_; }
+    // The asset's file as a full path: an absolute name as it stands; a relative one found in the open scene's
+    // folder, else taken from the current folder (a missing file still gets its full path). False for the empty
+    // asset.
+    bool GetFullFilePath(MSTR& path) const;
 
 private:
     AssetId id_ = kInvalidId;

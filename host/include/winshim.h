@@ -9,6 +9,7 @@ using LPCWSTR = const wchar_t*;
 using LPWSTR = wchar_t*;
 using LPCSTR = const char*;
 using errno_t = int;
+using LONG_PTR = std::intptr_t;
 
 struct SECURITY_ATTRIBUTES {
     DWORD nLength = 0;
@@ -90,6 +91,122 @@ HWND FindWindowW(LPCWSTR className, LPCWSTR windowName);
 BOOL DestroyWindow(HWND hwnd);
 BOOL IsWindow(HWND hwnd);
 
+// ---------------------------------------------------------------- modal dialogs from a library's resources
+// A dialog is built from a DIALOG/DIALOGEX template of the library's resource script and runs modally: its
+// procedure gets WM_INITDIALOG, then the host's dialog service drives it (scripted actions, else the default
+// button) until the procedure calls EndDialog; see hostrt::DialogService. Handles of a dialog and its controls
+// are valid while the dialog runs.
+#define CALLBACK
+using DLGPROC = INT_PTR (*)(HWND, UINT, WPARAM, LPARAM);
+
+struct RECT {
+    LONG left = 0;
+    LONG top = 0;
+    LONG right = 0;
+    LONG bottom = 0;
+};
+using LPRECT = RECT*;
+
+#define LOWORD(l) ((WORD)(((DWORD_PTR)(l)) & 0xffff))
+#define HIWORD(l) ((WORD)((((DWORD_PTR)(l)) >> 16) & 0xffff))
+#define MAKEWPARAM(l, h) ((WPARAM)(DWORD)((((DWORD)(WORD)(l)) | ((DWORD)(WORD)(h)) << 16)))
+#define MAKELPARAM(l, h) ((LPARAM)(DWORD)((((DWORD)(WORD)(l)) | ((DWORD)(WORD)(h)) << 16)))
+
+// Messages a dialog procedure receives or a plug-in sends to a control.
+#define WM_CLOSE 0x0010
+#define WM_SETTEXT 0x000C
+#define WM_GETTEXT 0x000D
+#define WM_GETTEXTLENGTH 0x000E
+#define WM_INITDIALOG 0x0110
+#define WM_COMMAND 0x0111
+#define BM_GETCHECK 0x00F0
+#define BM_SETCHECK 0x00F1
+#define EM_SETSEL 0x00B1
+#define EM_SETREADONLY 0x00CF
+// Notification codes in the high word of WM_COMMAND's wParam.
+#define BN_CLICKED 0
+#define EN_CHANGE 0x0300
+// Check states.
+#define BST_UNCHECKED 0
+#define BST_CHECKED 1
+#define BST_INDETERMINATE 2
+// ShowWindow commands.
+#define SW_HIDE 0
+#define SW_SHOWNORMAL 1
+#define SW_NORMAL 1
+#define SW_SHOW 5
+#define SW_SHOWNA 8
+// Window data slots.
+#define GWLP_USERDATA (-21)
+#define DWLP_MSGRESULT 0
+#define DWLP_USER 16
+
+// Style bits the host looks at (the resource compiler knows the full set by name).
+#define WS_CHILD 0x40000000u
+#define WS_VISIBLE 0x10000000u
+#define WS_DISABLED 0x08000000u
+#define WS_VSCROLL 0x00200000u
+#define WS_GROUP 0x00020000u
+#define WS_TABSTOP 0x00010000u
+#define BS_PUSHBUTTON 0x0u
+#define BS_DEFPUSHBUTTON 0x1u
+#define BS_CHECKBOX 0x2u
+#define BS_AUTOCHECKBOX 0x3u
+#define BS_RADIOBUTTON 0x4u
+#define BS_3STATE 0x5u
+#define BS_AUTO3STATE 0x6u
+#define BS_GROUPBOX 0x7u
+#define BS_AUTORADIOBUTTON 0x9u
+#define BS_TYPEMASK 0xFu
+#define SS_CENTER 0x1u
+#define ES_MULTILINE 0x4u
+#define ES_READONLY 0x800u
+#define CBS_DROPDOWNLIST 0x3u
+
+// Runs dialog template id of instance's resources modally and answers what the procedure passed to EndDialog;
+// -1 (and GetLastError()) when the template is missing or the procedure is null.
+INT_PTR DialogBoxParamW(HINSTANCE instance, LPCWSTR templateName, HWND parent, DLGPROC proc, LPARAM param);
+#define DialogBoxParam DialogBoxParamW
+// Ends a running dialog with result once its procedure returns.
+BOOL EndDialog(HWND dialog, INT_PTR result);
+HWND GetDlgItem(HWND dialog, int id);
+int GetDlgCtrlID(HWND control);
+BOOL SetDlgItemTextW(HWND dialog, int id, LPCWSTR text);
+#define SetDlgItemText SetDlgItemTextW
+// Copies at most bufferMax-1 characters and a terminating zero; answers the number copied.
+UINT GetDlgItemTextW(HWND dialog, int id, LPWSTR buffer, int bufferMax);
+#define GetDlgItemText GetDlgItemTextW
+BOOL SetWindowTextW(HWND hwnd, LPCWSTR text);
+#define SetWindowText SetWindowTextW
+int GetWindowTextW(HWND hwnd, LPWSTR buffer, int bufferMax);
+#define GetWindowText GetWindowTextW
+int GetWindowTextLengthW(HWND hwnd);
+#define GetWindowTextLength GetWindowTextLengthW
+// Shows or hides a dialog or control; answers whether it was visible before.
+BOOL ShowWindow(HWND hwnd, int command);
+BOOL IsWindowVisible(HWND hwnd);
+// Enables or disables a window; answers whether it was disabled before.
+BOOL EnableWindow(HWND hwnd, BOOL enable);
+BOOL IsWindowEnabled(HWND hwnd);
+UINT IsDlgButtonChecked(HWND dialog, int id);
+BOOL CheckDlgButton(HWND dialog, int id, UINT check);
+// Text, check and edit messages to a control; WM_COMMAND and WM_CLOSE to a dialog reach its procedure.
+LRESULT SendMessageW(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam);
+#define SendMessage SendMessageW
+LRESULT SendDlgItemMessageW(HWND dialog, int id, UINT message, WPARAM wParam, LPARAM lParam);
+#define SendDlgItemMessage SendDlgItemMessageW
+// A control's dialog; a dialog's parent (the window it was run for).
+HWND GetParent(HWND hwnd);
+// Screen rectangle in pixels (dialog units at the host's UI scale).
+BOOL GetWindowRect(HWND hwnd, LPRECT rect);
+LONG_PTR SetWindowLongPtrW(HWND hwnd, int index, LONG_PTR value);
+#define SetWindowLongPtr SetWindowLongPtrW
+LONG_PTR GetWindowLongPtrW(HWND hwnd, int index);
+#define GetWindowLongPtr GetWindowLongPtrW
+// The host SDK's helper: centres a dialog on parent (on the screen, which the host's main window covers, when
+// parent is null or unknown).
+void CenterWindow(HWND hwnd, HWND parent);
+
 // ---------------------------------------------------------------- cursors
 #define MAKEINTRESOURCEW(i) ((LPWSTR)((ULONG_PTR)((WORD)(i))))
 #define MAKEINTRESOURCE MAKEINTRESOURCEW
@@ -119,7 +236,6 @@ HCURSOR SetCursor(HCURSOR cursor);
 HCURSOR GetCursor();
 
 // ---------------------------------------------------------------- files and folders
-using LONG_PTR = std::intptr_t;
 #define INVALID_HANDLE_VALUE ((HANDLE)(LONG_PTR)-1)
 #define GENERIC_READ 0x80000000u
 #define GENERIC_WRITE 0x40000000u

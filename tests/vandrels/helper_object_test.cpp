@@ -9,6 +9,7 @@
 #include "io/chunk_writer.h"
 #include "max.h"
 #include "mouseman.h"
+#include "notify.h"
 #include "object.h"
 #include "platform/listener_capture.h"
 #include "plugapi.h"
@@ -192,11 +193,22 @@ TEST_F(Helper, AccessorTurnsParameterChangesIntoOperations) {
     pb->SetValue(kUseProxyInRender, 0, TRUE);
     EXPECT_EQ(Ran(L"Reload"), 3);
 
+    // Switching Active on starts a load (its start notification names the helper).
+    struct LoadStarts {
+        int count = 0;
+        void* helper = nullptr;
+        static void proc(void* param, NotifyInfo* info) {
+            auto* self = static_cast<LoadStarts*>(param);
+            if (info && info->callParam == self->helper) ++self->count;
+        }
+    } starts{0, helper};
+    RegisterNotification(&LoadStarts::proc, &starts, 0xDFA4);
     pb->SetValue(kActive, 0, FALSE);
     EXPECT_EQ(Ran(L"Unload"), 1);
-    EXPECT_EQ(Ran(L"Load"), 0);
+    EXPECT_EQ(starts.count, 0);
     pb->SetValue(kActive, 0, TRUE);
-    EXPECT_EQ(Ran(L"Load"), 1);
+    EXPECT_EQ(starts.count, 1);
+    UnRegisterNotification(&LoadStarts::proc, &starts);
     helper->DeleteThis();
 }
 
@@ -240,7 +252,7 @@ TEST_F(Helper, ScriptingInterfaceDispatchesAndRefusesBadCalls) {
     const struct {
         FunctionID fid;
         const MCHAR* name;
-    } ops[] = {{0, L"Reload"}, {1, L"Unload"}, {2, L"Merge"}, {3, L"Dismiss"}, {4, L"Reset"}, {13, L"Overwrite"}};
+    } ops[] = {{0, L"Reload"}, {1, L"Unload"}, {3, L"Dismiss"}, {4, L"Reset"}, {13, L"Overwrite"}};
     for (const auto& op : ops) {
         ASSERT_EQ(fpi->Invoke(op.fid, result), FPS_OK);
         EXPECT_EQ(Ran(op.name), 1) << op.name;

@@ -1,10 +1,12 @@
 // The helper's plain layer records: the layers its reference brought into the scene and the renamings of those
-// layers, both saved with the helper.
+// layers, both saved with the helper, and the working list of the layers one merge brought in.
 #pragma once
 
 #include "strclass.h"
+#include "tab.h"
 
 class ILayer;
+class INode;
 
 // A layer of the reference: the layer (the target of one of the helper's references) and its name.
 struct RefLayer {
@@ -18,4 +20,15 @@ struct RenamedLayer {
     WStr name;
     WStr newName;
     int noPrefix = 0;
+};
+
+// A layer of the merged file, working data of one load: the scene layer that holds its merged nodes, its name in
+// the reference file, whether the scene had a layer of that name before the merge, the merged nodes it received
+// and the entry of its parent layer (null for a top-level layer or a parent that is no merged layer).
+struct MergedLayer {
+    ILayer* layer = nullptr;
+    WStr name;
+    int existed = 0;
+    Tab<INode*> nodes;
+    MergedLayer* parent = nullptr;
 };

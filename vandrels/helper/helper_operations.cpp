@@ -3,11 +3,7 @@
 // each does nothing and answers the failure result 0.
 #include "helper/operation_log.h"
 #include "helper/vandrels_helper.h"
-
-int VandrelsHelper::Load() {
-    vandrels::LogOperation(L"Load");
-    return 0;  // placeholder: the loading pipeline is not in place yet
-}
+#include "ui/dup_names_dialog.h"
 
 int VandrelsHelper::Reload() {
     vandrels::LogOperation(L"Reload");
@@ -17,11 +13,6 @@ int VandrelsHelper::Reload() {
 int VandrelsHelper::Unload() {
     vandrels::LogOperation(L"Unload");
     return 0;  // placeholder: the unloading pipeline is not in place yet
-}
-
-int VandrelsHelper::Merge() {
-    vandrels::LogOperation(L"Merge");
-    return 0;  // placeholder
 }
 
 int VandrelsHelper::Dismiss() {
@@ -44,7 +35,4 @@ int VandrelsHelper::SaveAs(const MCHAR*) {
     return 0;  // placeholder
 }
 
-void VandrelsHelper::ShowDupNames() {
-    vandrels::LogOperation(L"ShowDupNames");
-    // placeholder: the duplicated-names dialog comes with the helper's dialogs
-}
+void VandrelsHelper::ShowDupNames() { vandrels::ShowHelperDuplicatedNames(this); }

@@ -1,9 +1,11 @@
 // The helper's parameter block VandrelsHelper_Parameters and the accessor that turns parameter changes into
 // reference operations.
 #include "helper/helper_params.h"
+#include "helper/layer_monitoring.h"
 #include "helper/module_state.h"
 #include "helper/vandrels_helper.h"
 #include "hold.h"
+#include "inode.h"
 #include "maxapi.h"
 #include "records/ref_material.h"
 #include "records/ref_node.h"
@@ -84,14 +86,17 @@ public:
         case vh_use_name_prefix: {
             vandrels::OperationModeScope mode(vandrels::kModeRenaming);
             HoldSuspended hold;
+            // useNamePrefix still tells whether the layers carry the prefix now.
+            INode* node = helper->GetNode();
+            const WStr oldPrefix = helper->useNamePrefix && node ? WStr(node->GetName()) : WStr();
             helper->useNamePrefix = v.i;
             const WStr prefix = helper->GetNamePrefix();
-            // Every node and material record re-applies the prefix to its item's name; the reference's layers
-            // follow it once layer renaming is in place.
+            // Every node and material record re-applies the prefix to its item's name; the layers follow.
             for (RefNode* record : helper->refNodes)
                 if (record) record->ApplyNamePrefix(prefix);
             for (RefMaterial* record : helper->refMaterials)
                 if (record) record->ApplyNamePrefix(prefix);
+            vandrels::ChangeLayerPrefix(helper, oldPrefix, prefix);
             break;
         }
         case vh_reload_if_changed: {

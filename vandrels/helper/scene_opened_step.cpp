@@ -1,17 +1,64 @@
 #include "helper/scene_opened_step.h"
 
+#include "assetmanagement.h"
+#include "helper/file_time.h"
+#include "helper/helper_params.h"
 #include "helper/module_state.h"
+#include "helper/reference_batch.h"
+#include "helper/vandrels_helper.h"
 #include "notify.h"
+#include "winshim.h"
 
 namespace vandrels {
 namespace {
+
+// An overlay reference loads only in the scene that holds it directly.
+bool ShouldLoadHere(VandrelsHelper* helper) {
+    return !(helper->pblock->GetInt(vh_overlay) && helper->IsNested());
+}
+
+// The file whose time tells whether a persisted reference changed: the proxy when the viewport shows it.
+MSTR PersistedFile(VandrelsHelper* helper) {
+    IParamBlock2* pb = helper->pblock;
+    const MCHAR* name = pb->GetStr(pb->GetInt(vh_use_proxy_in_viewport) ? vh_proxy_file_name : vh_file_name);
+    MSTR full;
+    MaxSDK::AssetManagement::AssetUser(MSTR(name ? name : L""), VH_FILE_ASSET_TYPE).GetFullFilePath(full);
+    return full;
+}
+
+void ProcessHelper(VandrelsHelper* helper) {
+    if (!helper->pblock) return;
+    if (!helper->GetPersistRef()) {
+        if (ShouldLoadHere(helper)) helper->Load();
+        return;
+    }
+    // The reference's content was saved with the scene.
+    if (!ShouldLoadHere(helper)) {
+        helper->Unload();
+        return;
+    }
+    switch (helper->pblock->GetInt(vh_persist_reload_type)) {
+    case 1:
+        if (ReadLastWriteTime(PersistedFile(helper)) != helper->fileTime) helper->Reload();
+        break;
+    case 0: {
+        const MSTR file = PersistedFile(helper);
+        if (!file.isNull() && PathFileExistsW(file.data())) helper->Reload();
+        break;
+    }
+    default:
+        break;
+    }
+}
+
 void OnSceneOpenedStep(void*, NotifyInfo*) {
     UnregisterSceneOpenedStep();
     Tab<VandrelsHelper*> waiting = LoadedHelpers();
     LoadedHelpers().ZeroCount();
-    // Loading or reloading each waiting helper according to its persist setting and reload type comes with
-    // the loading pipeline; until then the helpers only leave the list.
-    (void)waiting;
+    BatchScope batch;
+    for (VandrelsHelper* helper : waiting)
+        // A helper processed earlier may have merged (and so deleted) a later one.
+        if (HelperRegistry().Contains(helper)) ProcessHelper(helper);
 }
 }  // namespace
 

@@ -227,6 +227,12 @@ bool VandrelsHelper::IsNested() {
     return root != GetCOREInterface()->GetRootNode();
 }
 
+bool VandrelsHelper::NeedsRenderSwitching() {
+    if (!pblock) return false;
+    if (loaded && holdsNested) return true;
+    return pblock->GetInt(vh_use_proxy_in_viewport) != pblock->GetInt(vh_use_proxy_in_render);
+}
+
 void VandrelsHelper::ForgetName(const MCHAR* name) {
     if (theHold.Holding()) vandrels::PutNamesRestore(nodesToDelete);
     for (int k = nodesToDelete.Count() - 1; k >= 0; --k)

@@ -119,6 +119,9 @@ public:
     BOOL GetPersistRef();
     DWORD GetPassCounter() const { return passCounter; }
     void RegisterWithHelper(RefAnim* record) { pendingRecords.Append(record); }
+    // Whether a render must reload the helper: it holds loaded nested content that may switch, or its proxy
+    // settings for viewport and render differ.
+    bool NeedsRenderSwitching();
     // True while a merge is in progress or when the helper's node is not under the open scene's own root.
     bool IsNested();
     // Deletes every entry equal to name from nodesToDelete (undoable while the hold is holding).

@@ -80,6 +80,8 @@ public:
 
     INode* GetNode();
     const MSTR& GetName() const { return referenceName_; }
+    // 1 once a load bound the record to a merged node (cleared by the collect pass before saving).
+    int IsNodeLoaded() const { return nodeLoaded_; }
     void SetName(const MSTR& name) { referenceName_ = name; }
     std::uint32_t GetOverrideFlags() const { return overrideFlags_; }
     // Sets the masked override bits, undoably while the host is holding.

@@ -1,5 +1,5 @@
-// Identifiers of the library's resources: string table entries. The numbers are fixed: operations keep an
-// identifier rather than a text, and class names are looked up by these numbers.
+// Identifiers of the library's resources: string table entries, dialog templates and their controls. The numbers
+// are fixed: operations keep an identifier rather than a text, and class names are looked up by these numbers.
 #pragma once
 
 // Library description and category
@@ -179,3 +179,11 @@
 #define IDS_OVR_CHILDREN 157
 #define IDS_OVR_SELECTION_SETS 161
 #define IDS_OVR_EXCL_LIST_MISC 165
+
+// Dialog templates and their controls. Control ids are shared between dialogs: 1023 is the text list of the
+// duplicated-names warning and of the error report.
+#define IDD_DUPLICATED_NAMES 131
+#define IDD_REFERENCE_ERROR 132
+#define IDC_DONT_SHOW_AGAIN 1008
+#define IDC_TEXT_LIST 1023
+#define IDC_DIALOG_MESSAGE 3227

@@ -1,9 +1,11 @@
 // File assets and asset enumeration: asset ids, the path configuration's input-asset record, and the base
 // enumeration that walks a maker's references.
 #include "assetmanagement.h"
+#include "maxapi.h"
 #include "ref.h"
 #include "winshim.h"
 
+#include <filesystem>
 #include <map>
 #include <utility>
 
@@ -15,6 +17,26 @@ AssetUser::AssetUser(const MSTR& fileName, AssetType type) : fileName_(fileName)
     static std::map<std::pair<std::wstring, AssetType>, AssetId> ids;
     auto [it, added] = ids.try_emplace({std::wstring(fileName.data()), type}, AssetId(ids.size()));
     id_ = it->second;
+}
+
+bool AssetUser::GetFullFilePath(MSTR& path) const {
+    if (IsEmpty()) return false;
+    namespace fs = std::filesystem;
+    std::wstring name = fileName_.data();
+    for (wchar_t& c : name)
+        if (c == L'\\') c = L'/';
+    fs::path file(name);
+    if (file.is_relative()) {
+        const std::wstring scene = GetCOREInterface()->GetCurFilePath().data();
+        std::error_code ec;
+        fs::path inSceneFolder = scene.empty() ? fs::path() : fs::path(scene).parent_path() / file;
+        if (!inSceneFolder.empty() && fs::exists(inSceneFolder, ec))
+            file = inSceneFolder;
+        else
+            file = fs::absolute(file, ec);
+    }
+    path = MSTR(file.lexically_normal().wstring());
+    return true;
 }
 
 }  // namespace MaxSDK::AssetManagement

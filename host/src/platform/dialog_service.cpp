@@ -110,6 +110,40 @@ int DialogService::ShownCount() const {
                              [](const MessageBoxRecord& r) { return r.outcome != BoxOutcome::Suppressed; }));
 }
 
+const DialogControlRecord* DialogRecord::Control(int id) const {
+    for (const DialogControlRecord& c : controls)
+        if (c.id == id) return &c;
+    return nullptr;
+}
+
+void DialogService::PushDialogScript(DialogScript script) {
+    std::lock_guard lock(mutex_);
+    dialogScripts_.push_back(std::move(script));
+}
+
+std::size_t DialogService::PendingDialogScripts() const {
+    std::lock_guard lock(mutex_);
+    return dialogScripts_.size();
+}
+
+bool DialogService::TakeDialogScript(DialogScript& script) {
+    std::lock_guard lock(mutex_);
+    if (dialogScripts_.empty()) return false;
+    script = std::move(dialogScripts_.front());
+    dialogScripts_.pop_front();
+    return true;
+}
+
+void DialogService::RecordDialog(DialogRecord record) {
+    std::lock_guard lock(mutex_);
+    dialogs_.push_back(std::move(record));
+}
+
+std::vector<DialogRecord> DialogService::Dialogs() const {
+    std::lock_guard lock(mutex_);
+    return dialogs_;
+}
+
 void DialogService::Beep(UINT type) {
     std::lock_guard lock(mutex_);
     beeps_.push_back(type);
@@ -131,6 +165,8 @@ void DialogService::Reset() {
     presenter_ = nullptr;
     boxes_.clear();
     beeps_.clear();
+    dialogScripts_.clear();
+    dialogs_.clear();
 }
 
 }  // namespace hostrt

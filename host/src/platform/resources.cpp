@@ -1,5 +1,6 @@
-// Library resources: the compiled resource tables a plug-in library exports, found through its handle.
-#include "resource_module.h"
+// Library resources: the compiled resource tables a plug-in library exports, found through its handle, and
+// LoadStringW reading their strings.
+#include "platform/resource_tables.h"
 #include "winshim.h"
 
 #include <dlfcn.h>
@@ -9,9 +10,10 @@
 #include <mutex>
 #include <unordered_map>
 
-namespace {
+namespace hostrt {
 
-const MaxResourceModule* ModuleOf(HINSTANCE instance) {
+const MaxResourceModule* ResourceModuleOf(HINSTANCE instance) {
+    if (!instance) return nullptr;
     static std::mutex lock;
     static std::unordered_map<HINSTANCE, const MaxResourceModule*> known;
     std::lock_guard guard(lock);
@@ -23,7 +25,16 @@ const MaxResourceModule* ModuleOf(HINSTANCE instance) {
     return module;
 }
 
-}  // namespace
+const MaxResourceDialog* FindDialogResource(HINSTANCE instance, UINT id) {
+    const MaxResourceModule* module = ResourceModuleOf(instance);
+    if (!module || !module->dialogs) return nullptr;
+    const MaxResourceDialog* end = module->dialogs + module->numDialogs;
+    const MaxResourceDialog* hit =
+        std::lower_bound(module->dialogs, end, id, [](const MaxResourceDialog& d, UINT v) { return d.id < v; });
+    return hit != end && hit->id == id ? hit : nullptr;
+}
+
+}  // namespace hostrt
 
 int LoadStringW(HINSTANCE instance, UINT id, LPWSTR buffer, int bufferMax) {
     if (!buffer || bufferMax <= 0) {
@@ -31,7 +42,7 @@ int LoadStringW(HINSTANCE instance, UINT id, LPWSTR buffer, int bufferMax) {
         return 0;
     }
     buffer[0] = L'\0';
-    const MaxResourceModule* module = instance ? ModuleOf(instance) : nullptr;
+    const MaxResourceModule* module = hostrt::ResourceModuleOf(instance);
     if (!module) {
         SetLastError(ERROR_RESOURCE_NAME_NOT_FOUND);
         return 0;

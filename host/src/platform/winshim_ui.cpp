@@ -3,6 +3,7 @@
 #include "winshim.h"
 
 #include "platform/dialog_service.h"
+#include "platform/dialogs.h"
 #include "platform/ui_state.h"
 #include "platform/windows.h"
 
@@ -39,7 +40,9 @@ BOOL DestroyWindow(HWND hwnd) {
 
 BOOL IsWindow(HWND hwnd) {
     auto& windows = hostrt::WindowRegistry::Instance();
-    return (hwnd && hwnd == windows.MainWindow()) || windows.Exists(hwnd);
+    const auto& dialogs = hostrt::DialogWindows::Instance();
+    return (hwnd && hwnd == windows.MainWindow()) || windows.Exists(hwnd) || dialogs.Dialog(hwnd) ||
+           dialogs.Control(hwnd);
 }
 
 HCURSOR LoadCursorW(HINSTANCE instance, LPCWSTR name) {

@@ -5,6 +5,7 @@
 #include "imtl.h"
 #include "maxapi.h"
 #include "notify.h"
+#include "scene/materials/material_library.h"
 #include "scene/node.h"
 #include "scene/node_extensions.h"
 #include "scene/scene.h"
@@ -91,6 +92,8 @@ void Node::SetMtl(Mtl* mtl) {
     if (mtl) {
         Interval valid = FOREVER;
         mtl->Update(GetCOREInterface()->GetTime(), valid);
+        // A material given to a node is a scene material.
+        SceneMtlLibrary().Add(mtl);
     }
     changed(NodeEvent::MaterialStructured);
 }

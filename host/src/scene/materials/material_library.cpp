@@ -41,7 +41,7 @@ int SceneMaterialLibrary::Remove(MtlBase* m) {
 }
 
 int SceneMaterialLibrary::FindMtl(MtlBase* m) {
-    if (!m) return -1;
+    if (!m || !listed_.count(m)) return -1;
     auto it = std::find(entries_.begin(), entries_.end(), m);
     return it == entries_.end() ? -1 : int(it - entries_.begin());
 }
@@ -83,7 +83,14 @@ void SceneMaterialLibrary::drop(int i) {
 RefTargetHandle SceneMaterialLibrary::GetReference(int i) { return (*this)[i]; }
 
 void SceneMaterialLibrary::SetReference(int i, RefTargetHandle target) {
-    if (i >= 0 && i < Count()) entries_[std::size_t(i)] = static_cast<MtlBase*>(target);
+    if (i < 0 || i >= Count()) return;
+    MtlBase*& entry = entries_[std::size_t(i)];
+    if (entry) {
+        auto it = listed_.find(entry);
+        if (it != listed_.end() && --it->second <= 0) listed_.erase(it);
+    }
+    entry = static_cast<MtlBase*>(target);
+    if (entry) ++listed_[entry];
 }
 
 RefResult SceneMaterialLibrary::NotifyRefChanged(const Interval&, RefTargetHandle hTarget, PartID&, RefMessage message,
@@ -110,6 +117,7 @@ IOResult SceneMaterialLibrary::Load(ILoad* iload) {
             ULONG n = 0;
             if (ReadCount(iload, kMaxEntries, n) != IO_OK) return IO_ERROR;
             entries_.assign(n, nullptr);
+            listed_.clear();
         }
         iload->CloseChunk();
     }

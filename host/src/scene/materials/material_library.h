@@ -4,6 +4,7 @@
 
 #include "imtl.h"
 
+#include <unordered_map>
 #include <vector>
 
 namespace hostrt {
@@ -45,6 +46,8 @@ private:
     void announce() { NotifyDependents(FOREVER, PART_ALL, REFMSG_SUBANIM_STRUCTURE_CHANGED); }
 
     std::vector<MtlBase*> entries_;
+    // How often each material is listed: membership without walking the list.
+    std::unordered_map<MtlBase*, int> listed_;
 };
 
 // The material library of the open scene (never null).

@@ -1,0 +1,208 @@
+// Loading a reference through the host: the failure path of a missing or damaged file (report text, nothing
+// merged left behind, the scene as it was), the circular-reference message, the timing lines, the load
+// notifications, the duplicated names and the undo buffer.
+#include "vandrels_library.h"
+
+#include "hold.h"
+#include "imtl.h"
+#include "inode.h"
+#include "platform/listener_capture.h"
+#include "maxapi.h"
+#include "maxscript/maxscript.h"
+#include "notify.h"
+#include "object.h"
+#include "winshim.h"
+#include "platform/dialog_service.h"
+#include "saved_objects.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+FPValue Script(const std::wstring& text) {
+    FPValue value;
+    EXPECT_TRUE(ExecuteMAXScriptScript(text.c_str(), MAXScript::ScriptSource::Embedded, TRUE, &value, TRUE))
+        << WStr(text).ToUTF8();
+    return value;
+}
+int RunInt(const std::wstring& text) {
+    FPValue v = Script(text);
+    EXPECT_EQ(v.type, TYPE_INT) << WStr(text).ToUTF8();
+    return v.type == TYPE_INT ? v.i : -1;
+}
+std::wstring Quoted(const MSTR& path) { return L"@\"" + std::wstring(path.data()) + L"\""; }
+
+int CountNodes() {
+    int count = 0;
+    std::vector<INode*> stack{GetCOREInterface()->GetRootNode()};
+    while (!stack.empty()) {
+        INode* n = stack.back();
+        stack.pop_back();
+        for (int i = 0; i < n->NumberOfChildren(); ++i) {
+            stack.push_back(n->GetChildNode(i));
+            ++count;
+        }
+    }
+    return count;
+}
+
+class Loading : public vtest::SceneTest {
+protected:
+    Loading() : SceneTest("vandrels_loading") {}
+    void SetUp() override {
+        SceneTest::SetUp();
+        reference_ = MSTR::FromUTF8(
+            (std::filesystem::temp_directory_path() / ("vandrels_loading_ref_" + std::to_string(::getpid()) + ".max"))
+                .string());
+        hostrt::DialogService::Instance().Reset();
+        Script(L"Vandrels.PrintTimes false");
+    }
+    void TearDown() override {
+        GetCOREInterface()->SetHasUserInterface(FALSE);
+        GetCOREInterface()->SetQuietMode(FALSE);
+        hostrt::DialogService::Instance().Reset();
+        std::filesystem::remove(reference_.ToUTF8());
+        SceneTest::TearDown();
+    }
+    // A reference file of two boxes of one name and a sphere; the scene is empty afterwards.
+    void WriteReference() {
+        Script(L"box name:\"Twin\"; box name:\"Twin\"; sphere name:\"Ball\"; saveMaxFile " + Quoted(reference_));
+        GetCOREInterface()->FileReset(TRUE);
+    }
+    MSTR reference_;
+};
+
+// The text of the last "Reference Error" report (dialog 132, its edit control 1023); empty when none ran.
+std::wstring LastReport() {
+    std::wstring text;
+    for (const auto& dialog : hostrt::DialogService::Instance().Dialogs())
+        if (dialog.resourceId == 132)
+            if (const auto* edit = dialog.Control(1023)) text = edit->text;
+    return text;
+}
+int CountDialogs(UINT id) {
+    int n = 0;
+    for (const auto& dialog : hostrt::DialogService::Instance().Dialogs()) n += dialog.resourceId == id;
+    return n;
+}
+
+TEST_F(Loading, MissingAndDamagedFilesFailWithTheReportAndLeaveTheSceneAsItWas) {
+    Script(L"box name:\"Mine\" material:(standardMaterial name:\"Kept\")");
+    const int before = CountNodes();
+    Script(L"h = Vandrels.AddVandrel " + Quoted(reference_));
+    EXPECT_EQ(CountNodes(), before + 1);  // the helper only
+    EXPECT_EQ(RunInt(L"h.baseObject.NumRefNodes()"), 0);
+    const std::wstring name = std::filesystem::path(reference_.ToUTF8()).stem().wstring();
+    const std::wstring path = std::filesystem::path(reference_.ToUTF8()).lexically_normal().wstring();
+    EXPECT_EQ(LastReport(), L"Error Loading Reference\r\nMerged Nodes: 0\r\nName: " + name +
+                                L"\r\nRefNodes: 0, RefMaterials: 0, RefLayers: 0\r\nNodesToDelete: 0, RenamedLayers: 0"
+                                L"\r\nLastOperation: Cleaned\r\n\r\nError Merging File\r\nLastOperation: Scene Mtls"
+                                L"\r\n\r\nThe file was not found: " + path);
+
+    // A damaged file: nothing merged either, and the scene's materials are all still in its library.
+    {
+        std::ofstream out(reference_.ToUTF8(), std::ios::binary);
+        out << "not a scene file at all";
+    }
+    Script(L"h.baseObject.Active = false; h.baseObject.Active = true");
+    EXPECT_EQ(CountNodes(), before + 1);
+    EXPECT_EQ(RunInt(L"h.baseObject.NumRefNodes()"), 0);
+    EXPECT_NE(LastReport().find(L"The file could not be read as a scene: " + path), std::wstring::npos);
+    EXPECT_EQ(CountDialogs(132), 2);
+    EXPECT_EQ(GetCOREInterface()->GetSceneMtls()->FindMtlByName(MSTR(L"Kept")), 0);
+
+    // Quiet mode shows no report.
+    GetCOREInterface()->SetQuietMode(TRUE);
+    Script(L"h.baseObject.Active = false; h.baseObject.Active = true");
+    EXPECT_EQ(CountDialogs(132), 2);
+}
+
+TEST_F(Loading, TheOpenSceneItselfIsRefusedWithTheCircularMessage) {
+    Script(L"box name:\"Self\"");
+    ASSERT_NE(GetCOREInterface()->SaveToFile(file_.data()), 0);
+    GetCOREInterface()->SetHasUserInterface(TRUE);
+    Script(L"h = Vandrels.AddVandrel " + Quoted(file_));
+    EXPECT_EQ(CountNodes(), 2);
+    const auto boxes = hostrt::DialogService::Instance().MessageBoxes();
+    ASSERT_EQ(boxes.size(), 1u);
+    EXPECT_EQ(boxes[0].request.text, L"There is a circular scene dependency. The Vandrel file " +
+                                         std::wstring(file_.data()) + L" was not loaded.");
+    EXPECT_EQ(boxes[0].request.title, L"Error");
+    EXPECT_EQ(boxes[0].request.Icon(), UINT(MB_ICONWARNING));
+    EXPECT_EQ(CountDialogs(132), 0);  // a refused merge is no failure
+}
+
+struct LoadNotifications {
+    std::vector<int> codes;
+    void* helper = nullptr;
+    static void proc(void* param, NotifyInfo* info) {
+        auto* self = static_cast<LoadNotifications*>(param);
+        if (info->callParam == self->helper || !self->helper) self->codes.push_back(info->intcode);
+    }
+};
+
+TEST_F(Loading, ALoadIsAnnouncedTimedAndLeavesNoUndoSteps) {
+    WriteReference();
+    LoadNotifications heard;
+    RegisterNotification(&LoadNotifications::proc, &heard, 0xDFA4);
+    RegisterNotification(&LoadNotifications::proc, &heard, 0xDFA5);
+    Script(L"undo on (box name:\"Before\")");
+    ASSERT_GT(theHold.NumUndoEntries(), 0);
+    auto& listener = hostrt::Listener::Instance();
+    listener.Clear();
+    Script(L"h = Vandrels.AddVandrel " + Quoted(reference_));
+    EXPECT_EQ(heard.codes, (std::vector<int>{0xDFA4, 0xDFA5}));
+    EXPECT_EQ(theHold.NumUndoEntries(), 0);
+    EXPECT_EQ(listener.Text().find(L"VD "), std::wstring::npos);  // PrintTimes is off
+    EXPECT_EQ(RunInt(L"h.baseObject.NumRefNodes()"), 3);
+
+    Script(L"Vandrels.PrintTimes true");
+    listener.Clear();
+    Script(L"h2 = Vandrels.AddVandrel " + Quoted(reference_));
+    const std::wstring text = listener.Text();
+    EXPECT_EQ(text.find(L"\nVD Merge Time: "), 0u) << WStr(text).ToUTF8();
+    EXPECT_NE(text.find(L"\nVD Initialization Time: "), std::wstring::npos);
+    UnRegisterNotification(&LoadNotifications::proc, &heard);
+}
+
+TEST_F(Loading, DuplicatedNamesBindInOrderAndWarnUnlessHidden) {
+    WriteReference();
+    GetCOREInterface()->SetHasUserInterface(TRUE);
+    Script(L"Vandrels.ShowDuplicatedNamesWarning = true");
+    Script(L"h = Vandrels.AddVandrel " + Quoted(reference_));
+    // Both twins have records; the warning lists the name once.
+    EXPECT_EQ(RunInt(L"h.baseObject.NumRefNodes()"), 3);
+    ASSERT_EQ(CountDialogs(131), 1);
+    const auto dialog = hostrt::DialogService::Instance().Dialogs().back();
+    ASSERT_NE(dialog.Control(1023), nullptr);
+    EXPECT_EQ(dialog.Control(1023)->text, L"Twin\r\n");
+
+    // Hidden, the warning stays away.
+    Script(L"Vandrels.ShowDuplicatedNamesWarning = false");
+    Script(L"Vandrels.AddVandrel " + Quoted(reference_));
+    EXPECT_EQ(CountDialogs(131), 1);
+}
+
+TEST_F(Loading, LocallyDeletedNodesAreDeletedAgainWhenMerged) {
+    WriteReference();
+    Script(L"h = Vandrels.AddVandrel " + Quoted(reference_) + L" load:false");
+    const std::wstring name = std::filesystem::path(reference_.ToUTF8()).stem().wstring();
+    INode* helperNode = GetCOREInterface()->GetINodeByName(name.c_str());
+    ASSERT_NE(helperNode, nullptr);
+    // The names of locally deleted nodes, as the helper keeps them in its chunks.
+    ASSERT_EQ(vtest::LoadInto(helperNode->GetObjectRef(),
+                              vtest::ChunkBytes().Chunk(0x0000, 1.0f).Chunk(0x0003, std::int32_t(1)).Text(0x0004, L"Ball").Get()),
+              IO_OK);
+    Script(L"h.baseObject.Active = false; h.baseObject.Active = true");
+    EXPECT_EQ(GetCOREInterface()->GetINodeByName(L"Ball"), nullptr);
+    EXPECT_EQ(RunInt(L"h.baseObject.NumRefNodes()"), 2);
+    EXPECT_NE(GetCOREInterface()->GetINodeByName(L"Twin"), nullptr);
+}
+
+}  // namespace

@@ -1,0 +1,36 @@
+#include "helper/helper_error_report.h"
+
+#include "helper/vandrels_helper.h"
+#include "inode.h"
+#include "maxexception.h"
+#include "ui/error_report.h"
+
+#include <cstdio>
+
+namespace vandrels {
+
+MSTR DescribeHelper(VandrelsHelper* helper) {
+    try {
+        if (!helper) return MSTR(L"Unknown Reference Data");
+        INode* node = helper->GetNode();
+        MSTR text(L"Name: ");
+        if (node && node->GetName()) text += node->GetName();
+        wchar_t counts[200];
+        std::swprintf(counts, 200, L"\nRefNodes: %d, RefMaterials: %d, RefLayers: %d\nNodesToDelete: %d, RenamedLayers: %d",
+                      helper->refNodes.Count(), helper->refMaterials.Count(), helper->refLayers.Count(),
+                      helper->nodesToDelete.Count(), helper->renamedLayers.Count());
+        return text + counts;
+    } catch (...) {
+        return MSTR(L"Unknown Reference Data");
+    }
+}
+
+MSTR ReportHelperError(VandrelsHelper* helper, const MSTR& message, const MCHAR* step, const MAXException* cause) {
+    MSTR text = message + L"\n" + DescribeHelper(helper);
+    if (step) text += MSTR(L"\nLastOperation: ") + step;
+    if (cause) text += L"\n\n" + cause->message;
+    ReportError(text);
+    return text;
+}
+
+}  // namespace vandrels

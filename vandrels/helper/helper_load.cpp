@@ -1,0 +1,344 @@
+// Loading a reference: the helper merges its file, binds the merged nodes and materials to its records (by
+// their names in the reference file), deletes the nodes the user deleted locally, sorts out the layers and ends
+// with the undo buffer cleared.
+#include "helper/file_time.h"
+#include "helper/helper_error_report.h"
+#include "helper/helper_params.h"
+#include "helper/layer_monitoring.h"
+#include "helper/load_work.h"
+#include "helper/merge_reference_file.h"
+#include "helper/module_state.h"
+#include "helper/name_increment.h"
+#include "helper/reference_batch.h"
+#include "helper/vandrels_helper.h"
+
+#include "anims/ref_anim.h"
+#include "frame/module.h"
+#include "hold.h"
+#include "imtl.h"
+#include "inode.h"
+#include "listener.h"
+#include "maxapi.h"
+#include "maxexception.h"
+#include "notify.h"
+#include "records/ref_material.h"
+#include "records/ref_node.h"
+#include "records/scene_utils.h"
+#include "resource.h"
+#include "script/settings.h"
+#include "ui/dup_names_dialog.h"
+#include "winshim.h"
+
+#include <cstdio>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace vandrels {
+namespace {
+
+constexpr int kNotifyLoadStarts = 0xDFA4;
+constexpr int kNotifyLoadEnds = 0xDFA5;
+constexpr RefMessage kMsgTakeLocalName = 0x8663DF11;
+constexpr long kMaxMaterialNameIncrements = 100000;
+
+std::wstring Key(const MCHAR* name) { return name ? std::wstring(name) : std::wstring(); }
+
+// Drops, from the last slot to the first, the empty slots and the records that carry nothing.
+template <class Record> void DropBareRecords(VandrelsHelper* helper, Tab<Record*>& records, int firstRef) {
+    for (int k = records.Count() - 1; k >= 0; --k) {
+        if (records[k] && records[k]->HasOverrides()) continue;
+        if (records[k]) helper->DeleteReference(firstRef + k);
+        records.Delete(k, 1);
+    }
+}
+
+// The node record slots: append an empty slot, then set the reference at its index.
+RefNode* AddNodeRecord(VandrelsHelper* helper, INode* node) {
+    auto* record = new RefNode(node, helper);
+    helper->refNodes.Append(nullptr);
+    helper->ReplaceReference(VH_FIRST_RECORD_REF + helper->refNodes.Count() - 1, record);
+    return record;
+}
+
+RefMaterial* AddMaterialRecord(VandrelsHelper* helper, Mtl* mtl) {
+    auto* record = new RefMaterial(mtl, helper);
+    helper->refMaterials.Append(nullptr);
+    helper->ReplaceReference(VH_FIRST_RECORD_REF + helper->refNodes.Count() + helper->refMaterials.Count() - 1, record);
+    return record;
+}
+
+// Matches merged materials to the helper's material records by their names in the reference file.
+void MonitorMaterials(VandrelsHelper* helper, LoadWork& work, Tab<Mtl*>& newMaterials) {
+    helper->pendingRecords.ZeroCount();
+    std::unordered_map<std::wstring, RefMaterial*> byName;
+    for (int k = helper->refMaterials.Count() - 1; k >= 0; --k)
+        if (RefMaterial* record = helper->refMaterials[k]) byName[Key(record->GetReferenceName().data())] = record;
+    for (INode* node : work.mergedNodes.Nodes()) {
+        Mtl* mtl = node ? node->GetMtl() : nullptr;
+        if (!mtl || FindRecord(mtl)) continue;
+        newMaterials.Append(mtl);
+        auto it = byName.find(Key(mtl->GetName().data()));
+        if (it != byName.end())
+            it->second->Update(mtl);
+        else
+            AddMaterialRecord(helper, mtl);
+    }
+}
+
+// Moves the merged nodes whose names the user deleted locally to the deletion list (last to first).
+void CollectNodesToDelete(VandrelsHelper* helper, LoadWork& work) {
+    std::unordered_set<std::wstring> names;
+    for (WStr* name : helper->nodesToDelete)
+        if (name) names.insert(Key(name->data()));
+    if (names.empty()) return;
+    const Tab<INode*>& nodes = work.mergedNodes.Nodes();
+    for (int i = nodes.Count() - 1; i >= 0; --i) {
+        INode* node = nodes[i];
+        if (!node || !names.count(Key(node->GetName()))) continue;
+        // A group member may be deleted alone once it no longer counts as one.
+        if (node->IsGroupMember()) node->SetGroupMember(FALSE);
+        work.mergedNodes.Remove(node);
+        work.toDelete.Append(node);
+    }
+    work.mergedNodes.Compact();
+}
+
+// Binds every merged node to the first unbound record of its name among the records made before this step,
+// or to a new record; answers whether a name met a record bound already in this load.
+bool MonitorNodes(VandrelsHelper* helper, LoadWork& work) {
+    struct Candidates {
+        std::vector<RefNode*> records;  // records of this name among the first K, in order
+        size_t cursor = 0;              // records before it are bound
+        bool boundSeen = false;
+        int madeHere = 0;               // records of this name made in this step
+    };
+    std::unordered_map<std::wstring, Candidates> byName;
+    const int existing = helper->refNodes.Count();
+    for (int k = 0; k < existing; ++k)
+        if (RefNode* record = helper->refNodes[k]) byName[Key(record->GetName().data())].records.push_back(record);
+
+    bool duplicates = false;
+    // Nodes added while records bind (appended to the list) are bound too.
+    for (int i = 0; i < work.mergedNodes.Nodes().Count(); ++i) {
+        INode* node = work.mergedNodes.Nodes()[i];
+        if (!node || FindNodeRecord(node)) continue;
+        Candidates& c = byName[Key(node->GetName())];
+        while (c.cursor < c.records.size() && c.records[c.cursor]->IsNodeLoaded()) {
+            c.boundSeen = true;
+            ++c.cursor;
+        }
+        RefNode* taken = c.cursor < c.records.size() ? c.records[c.cursor] : nullptr;
+        if (c.boundSeen || c.madeHere > 0) duplicates = true;
+        if (taken) {
+            ++c.cursor;
+            c.boundSeen = true;
+            taken->Update(node);
+        } else {
+            AddNodeRecord(helper, node);
+            ++c.madeHere;
+        }
+    }
+    return duplicates;
+}
+
+// Adds the new materials to the scene's material library under names no other material of it has.
+void AddMaterialsToScene(const Tab<Mtl*>& newMaterials) {
+    MtlBaseLib* lib = GetCOREInterface()->GetSceneMtls();
+    if (!lib) return;
+    std::unordered_map<std::wstring, int> taken;
+    for (int i = 0; i < lib->Count(); ++i)
+        if (MtlBase* m = (*lib)[i]) ++taken[Key(m->GetName().data())];
+    for (Mtl* mtl : newMaterials) {
+        if (!mtl) continue;
+        if (lib->FindMtl(mtl) >= 0) continue;
+        lib->Add(mtl);
+        const MSTR name = mtl->GetName();
+        const MSTR unique = MakeUniqueName(
+            name, [&taken](const MSTR& candidate) { return taken.count(Key(candidate.data())) > 0; },
+            kMaxMaterialNameIncrements);
+        ++taken[Key(unique.data())];
+        if (unique == name) continue;
+        mtl->SetName(unique);
+        mtl->NotifyDependents(FOREVER, 0, kMsgTakeLocalName, REFBASE_SUPER_CLASS_ID);
+    }
+}
+
+void DeleteNodes(const Tab<INode*>& nodes, bool keepChildTM) {
+    INodeTab table;
+    for (INode* node : nodes)
+        if (node) table.Append(node);
+    if (table.Count()) GetCOREInterface()->DeleteNodes(table, keepChildTM, true);
+}
+
+// Resumes a suspended undo system for its lifetime and suspends it again as it was.
+class HoldResumed {
+public:
+    HoldResumed() {
+        while (theHold.IsSuspended()) {
+            theHold.Resume();
+            ++count_;
+        }
+    }
+    ~HoldResumed() {
+        for (int i = 0; i < count_; ++i) theHold.Suspend();
+    }
+    HoldResumed(const HoldResumed&) = delete;
+    HoldResumed& operator=(const HoldResumed&) = delete;
+
+private:
+    int count_ = 0;
+};
+
+// A failed load: the report, then the content leaves the scene: the records let go of the merged nodes as
+// those are deleted.
+void FailLoad(VandrelsHelper* helper, LoadWork& work, int step, const MAXException* cause,
+              BatchScope& batch) {
+    work.ListenForLayers(false);
+    work.ListenForNodes(false);
+    work.mergedNodes.Compact();
+    work.toDelete.Compact();
+    wchar_t count[64];
+    std::swprintf(count, 64, L"\nMerged Nodes: %d", work.mergedNodes.Count() + work.toDelete.Count());
+    ReportHelperError(helper, MSTR(L"Error Loading Reference") + count, step ? GetStringCopy(step).data() : nullptr,
+                      cause);
+    helper->loaded = 0;
+    batch.Close();
+    try {
+        Tab<INode*> all = work.mergedNodes.Nodes();
+        for (INode* node : work.toDelete.Nodes()) all.Append(node);
+        work.mergedNodes.Clear();
+        work.toDelete.Clear();
+        DeleteNodes(all, false);
+    } catch (...) {
+        // The scene keeps what could not be deleted.
+    }
+}
+
+}  // namespace
+}  // namespace vandrels
+
+int VandrelsHelper::Load() {
+    using namespace vandrels;
+    if (loaded || !pblock) return 0;
+    BroadcastNotification(kNotifyLoadStarts, this);
+    if (!pblock->GetInt(vh_active)) {
+        BroadcastNotification(kNotifyLoadEnds, this);
+        return 0;
+    }
+    Interface* ip = GetCOREInterface();
+    SetCursor(LoadCursor(nullptr, IDC_WAIT));
+    int result = 0;
+    bool duplicatesFound = false;
+    {
+        OperationModeScope mode(kModeLoading);
+        BatchScope batch;
+        holdsNested = 0;
+        LoadWork work;
+        int step = 0;  // the string id of the step word in force
+        const bool timing = GetPrintTimes();
+        MaxSDK::PerformanceTools::Timer mergeTimer, initTimer;
+        double mergeTime = 0, initTime = 0;
+        bool merged = false;
+        try {
+            DropBareRecords(this, refNodes, VH_FIRST_RECORD_REF);
+            DropBareRecords(this, refMaterials, VH_FIRST_RECORD_REF + refNodes.Count());
+            step = IDS_STEP_LOAD_CLEANED;
+
+            work.RememberPreLayers();
+            if (timing) mergeTimer.StartTimer();
+            const MSTR path = ChooseReferenceFile(this);
+            Tab<INode*> mergedNodes;
+            merged = MergeReferenceFile(this, path, mergedNodes) != 0;
+            for (INode* node : mergedNodes) work.mergedNodes.Append(node);
+            if (!merged) {
+                fileTime = 0;
+            } else {
+                step = IDS_STEP_LOAD_MERGED;
+                if (timing) {
+                    mergeTime = mergeTimer.EndTimer();
+                    initTimer.StartTimer();
+                }
+                fileTime = ReadLastWriteTime(path);
+
+                // Nested references become plain content of this one.
+                const Tab<INode*>& nodes = work.mergedNodes.Nodes();
+                for (int i = nodes.Count() - 1; i >= 0; --i) {
+                    INode* node = nodes[i];
+                    VandrelsHelper* nested = node ? FromObject(node->GetObjectRef()) : nullptr;
+                    if (!nested) continue;
+                    if (!holdsNested && nested->NeedsRenderSwitching()) holdsNested = 1;
+                    work.mergedNodes.Remove(node);
+                    nested->Merge();
+                }
+                work.mergedNodes.Compact();
+
+                HoldResumed resumed;
+                work.ListenForLayers(true);
+                work.CollectLayers();
+                step = IDS_STEP_LOAD_LAYERS_COLLECTED;
+                work.CollectParentLayers();
+                step = IDS_STEP_LOAD_LAYERS_PARENT_COLLECTED;
+
+                Tab<Mtl*> newMaterials;
+                MonitorMaterials(this, work, newMaterials);
+                step = IDS_STEP_LOAD_MATERIALS_MONITORED;
+
+                work.ListenForNodes(true);
+                CollectNodesToDelete(this, work);
+                step = IDS_STEP_LOAD_NODES_TO_DELETE_COLLECTED;
+                duplicatesFound = MonitorNodes(this, work);
+                work.mergedNodes.Compact();
+                step = IDS_STEP_LOAD_NODES_MONITORED;
+
+                if (pblock->GetInt(vh_use_name_prefix)) {
+                    const WStr prefix = GetNamePrefix();
+                    for (RefNode* record : refNodes)
+                        if (record && record->GetNode()) record->ApplyNamePrefix(prefix);
+                    for (RefMaterial* record : refMaterials)
+                        if (record && record->GetMaterial()) record->ApplyNamePrefix(prefix);
+                }
+                AddMaterialsToScene(newMaterials);
+                step = IDS_STEP_LOAD_MATERIALS_ADDED_TO_SCENE;
+                work.ListenForNodes(false);
+                work.toDelete.Compact();
+                DeleteNodes(work.toDelete.Nodes(), true);
+                work.toDelete.Clear();
+                step = IDS_STEP_LOAD_NODES_DELETED;
+
+                work.ListenForLayers(false);
+                work.CompactLayers();
+                MonitorLayers(this, work.mergedLayers);
+                work.FreeLayers();
+                for (RefAnim* record : pendingRecords)
+                    if (record) record->Refresh();
+                pendingRecords.ZeroCount();
+                if (timing) initTime = initTimer.EndTimer();
+                step = IDS_STEP_LOAD_PRE_LOADED;
+            }
+        } catch (const MAXException& e) {
+            FailLoad(this, work, step, &e, batch);
+            merged = false;
+        } catch (...) {
+            FailLoad(this, work, step, nullptr, batch);
+            merged = false;
+        }
+        theHold.FlushUndoBuffer();
+        batch.Close();
+        if (merged) {
+            loaded = 1;
+            if (timing) {
+                mprintf(L"\nVD Merge Time: %f\nVD Initialization Time: %f\n", mergeTime, initTime);
+                mflush();
+            }
+            ip->ReplacePrompt(L"Reference Loaded");
+            result = 1;
+        }
+    }
+    SetCursor(LoadCursor(nullptr, IDC_ARROW));
+    BroadcastNotification(kNotifyLoadEnds, this);
+    if (duplicatesFound && ip->HasUserInterface() && GetShowDuplicatedNamesWarning())
+        ShowDuplicatedNamesWarning(this, GetNodes());
+    return result;
+}

@@ -1,0 +1,24 @@
+// Making a reference local: its content stays in the scene as ordinary nodes, materials and layers; the records
+// and the helper go.
+#include "helper/module_state.h"
+#include "helper/vandrels_helper.h"
+#include "hold.h"
+#include "inode.h"
+#include "maxapi.h"
+
+int VandrelsHelper::Merge() {
+    vandrels::OperationModeScope mode(vandrels::kModeMerging);
+    for (int k = refNodes.Count() - 1; k >= 0; --k) DeleteReference(VH_FIRST_RECORD_REF + k);
+    refNodes.ZeroCount();
+    for (int k = refMaterials.Count() - 1; k >= 0; --k) DeleteReference(VH_FIRST_RECORD_REF + k);
+    refMaterials.ZeroCount();
+    for (int k = refLayers.Count() - 1; k >= 0; --k) {
+        DeleteReference(VH_FIRST_RECORD_REF + k);
+        delete refLayers[k];
+    }
+    refLayers.ZeroCount();
+    // The helper may go with its node: nothing of it is used after this.
+    if (INode* node = GetNode()) GetCOREInterface()->DeleteNode(node, FALSE);
+    theHold.FlushUndoBuffer();
+    return 1;
+}
