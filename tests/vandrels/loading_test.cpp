@@ -1,9 +1,11 @@
 // Loading a reference through the host: the failure path of a missing or damaged file (report text, nothing
 // merged left behind, the scene as it was), the circular-reference message, the timing lines, the load
-// notifications, the duplicated names and the undo buffer.
+// notifications, the duplicated names, the undo buffer and the animatable-record slots a bound record drops.
 #include "vandrels_library.h"
 
+#include "core/fnpub.h"
 #include "hold.h"
+#include "plugapi.h"
 #include "imtl.h"
 #include "inode.h"
 #include "platform/listener_capture.h"
@@ -203,6 +205,47 @@ TEST_F(Loading, LocallyDeletedNodesAreDeletedAgainWhenMerged) {
     EXPECT_EQ(GetCOREInterface()->GetINodeByName(L"Ball"), nullptr);
     EXPECT_EQ(RunInt(L"h.baseObject.NumRefNodes()"), 2);
     EXPECT_NE(GetCOREInterface()->GetINodeByName(L"Twin"), nullptr);
+}
+
+// A record read from a scene file holds empty animatable-record slots until the host restores them; the slots
+// still empty when a load binds the record are dropped.
+TEST_F(Loading, ABoundRecordDropsTheAnimatableSlotsThatStayedEmpty) {
+    WriteReference();
+    Script(L"h = Vandrels.AddVandrel " + Quoted(reference_) + L" load:false");
+    const std::wstring name = std::filesystem::path(reference_.ToUTF8()).stem().wstring();
+    INode* helperNode = GetCOREInterface()->GetINodeByName(name.c_str());
+    ASSERT_NE(helperNode, nullptr);
+    ReferenceTarget* helper = helperNode->GetObjectRef();
+
+    auto* record = static_cast<ReferenceTarget*>(
+        static_cast<Animatable*>(CreateInstance(0x8663DFA6, Class_ID(0x8663DFA6, 0x3F273884))));
+    ASSERT_NE(record, nullptr);
+    vtest::ChunkBytes bytes;
+    bytes.Chunk(0x0000, std::uint32_t(0x46273400)).Chunk(0x0007, std::int32_t(0)).Text(0x0008, L"Ball");
+    bytes.Chunk(0x000A, std::uint32_t(0x1000));  // a local wire colour keeps the record through the load
+    bytes.Chunk(0x0029, std::int32_t(0)).Chunk(0x0022, std::int32_t(2)).Chunk(0x002A, std::int32_t(0));
+    bytes.Chunk(0x002C, std::int32_t(0));
+    ASSERT_EQ(vtest::LoadInto(record, bytes.Get()), IO_OK);
+    ASSERT_EQ(record->NumRefs() >= 3, true);
+    EXPECT_EQ(record->GetReference(1), nullptr);
+    EXPECT_EQ(record->GetReference(2), nullptr);
+
+    // The helper's first record slot holds it.
+    ASSERT_EQ(vtest::LoadInto(helper, vtest::ChunkBytes().Chunk(0x0000, 1.0f).Chunk(0x0001, std::int32_t(1)).Get()),
+              IO_OK);
+    ASSERT_EQ(helper->ReplaceReference(2, record), REF_SUCCEED);
+    Script(L"h.baseObject.Active = false; h.baseObject.Active = true");
+
+    INode* ball = GetCOREInterface()->GetINodeByName(L"Ball");
+    ASSERT_NE(ball, nullptr);
+    EXPECT_EQ(record->GetReference(0), ball);
+    EXPECT_EQ(RunInt(L"h.baseObject.NumRefNodes()"), 3);  // Ball's record and one per twin
+    FPInterface* fpi = hostrt::FindObjectInterface(record, L"RefNode");
+    ASSERT_NE(fpi, nullptr);
+    FPValue count;
+    hostrt::CallFromScript(fpi, L"NumRefAnims", {}, {}, count);
+    ASSERT_GT(count.i, 0);
+    for (int i = 1; i <= count.i; ++i) EXPECT_NE(record->GetReference(i), nullptr) << "animatable record " << i;
 }
 
 }  // namespace

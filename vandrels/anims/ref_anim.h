@@ -9,8 +9,11 @@
 
 #include <cstdint>
 
+class IDerivedObject;
 class INode;
 class LocDepFlag;
+class ModContext;
+class Object;
 class RefBase;
 class RefNode;
 class VandrelsHelper;
@@ -134,6 +137,38 @@ public:
     void ReplaceSubRef(ReferenceMaker* maker, Animatable* anim, int refIndex);
     // Replaces the custom attributes of to by those of from, then moves from's users to to.
     void CopyCustAttribs(Animatable* from, Animatable* to);
+    // Moves old's users to new except the modifier stacks that hold old (after matching their sub-anims), and
+    // tells new's dependents.
+    void TransferModifier(Animatable* oldAnim, Animatable* newAnim);
+
+    // Modifiers (anims/ref_anim_modifier.cpp). A modifier's path ends in a derived object: the record's
+    // parent there is the top derived object of the chain, and the modifier's index counts across the chain.
+    // Puts a Modified record's modifier back in place of the merged one at its path: same stack position, with
+    // modContext, or with derivedObject's top context when derivedObject holds the modifier on top. A path
+    // whose parent is no derived object takes the plain Override.
+    virtual void OverrideModifier(Animatable* root, IDerivedObject* derivedObject, ModContext* modContext);
+    // The context of the held modifier in the derived object that holds it at the record's path, or null.
+    virtual ModContext* GetModContext(Animatable* root);
+    // A placeholder object with a derived object that holds the modifier with its current context; null
+    // without modifier, or when that context is missing or carries no local data. The context found goes to
+    // outContext.
+    virtual Object* MakeHolderObject(Animatable* root, ModContext** outContext);
+    // The same with the given context (none gives the modifier an empty one).
+    virtual Object* MakeHolderObject(Animatable* root, ModContext* modContext);
+    // Appends the animatables a kind holds besides its own; the base holds none.
+    virtual void AddHeldAnims(Tab<Animatable*>& /*list*/) {}
+    // A record whose path one level up still reaches its animatable hands it to a new Modified record of the
+    // owner at that shorter path (a modifier record for a modifier) and lets go of it. Paths resolve under the
+    // owner's target.
+    virtual void PromoteToParent(Animatable* root);
+
+    // Helper services (anims/ref_anim_services.cpp); nothing without a helper.
+    // The helper makes a node record for node (see VandrelsHelper::AdoptNode).
+    virtual void AdoptNode(INode* node, const MCHAR* name);
+    // The helper forgets name from its list of locally deleted nodes (undoable).
+    virtual void ForgetHelperName(const MCHAR* name);
+    // Puts the record on the helper's list of records to finish after the current load.
+    virtual void RegisterWithHelper();
 
     // "\n" and GetInfo() to the listener.
     virtual void PrintData();

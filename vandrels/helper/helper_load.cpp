@@ -9,6 +9,7 @@
 #include "helper/merge_reference_file.h"
 #include "helper/module_state.h"
 #include "helper/name_increment.h"
+#include "helper/record_slots.h"
 #include "helper/reference_batch.h"
 #include "helper/vandrels_helper.h"
 
@@ -52,14 +53,6 @@ template <class Record> void DropBareRecords(VandrelsHelper* helper, Tab<Record*
         if (records[k]) helper->DeleteReference(firstRef + k);
         records.Delete(k, 1);
     }
-}
-
-// The node record slots: append an empty slot, then set the reference at its index.
-RefNode* AddNodeRecord(VandrelsHelper* helper, INode* node) {
-    auto* record = new RefNode(node, helper);
-    helper->refNodes.Append(nullptr);
-    helper->ReplaceReference(VH_FIRST_RECORD_REF + helper->refNodes.Count() - 1, record);
-    return record;
 }
 
 RefMaterial* AddMaterialRecord(VandrelsHelper* helper, Mtl* mtl) {
@@ -136,7 +129,7 @@ bool MonitorNodes(VandrelsHelper* helper, LoadWork& work) {
             c.boundSeen = true;
             taken->Update(node);
         } else {
-            AddNodeRecord(helper, node);
+            AppendNodeRecord(helper, node);
             ++c.madeHere;
         }
     }

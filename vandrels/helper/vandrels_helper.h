@@ -119,6 +119,10 @@ public:
     BOOL GetPersistRef();
     DWORD GetPassCounter() const { return passCounter; }
     void RegisterWithHelper(RefAnim* record) { pendingRecords.Append(record); }
+    // Makes node one of the reference's nodes: a new node record, named name in the reference file (an
+    // override of the name) or, without name, by the node's own name; that name leaves nodesToDelete and the
+    // node's dependents hear of the adoption. Null, changing nothing, for no node or a node that has a record.
+    RefNode* AdoptNode(INode* node, const MCHAR* name);
     // Whether a render must reload the helper: it holds loaded nested content that may switch, or its proxy
     // settings for viewport and render differ.
     bool NeedsRenderSwitching();

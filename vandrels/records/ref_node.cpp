@@ -73,7 +73,10 @@ RefNode::RefNode(INode* node, VandrelsHelper* helper) {
     });
 }
 
-RefNode::~RefNode() { unregisterNotifications(); }
+RefNode::~RefNode() {
+    unregisterNotifications();
+    freeModLists();
+}
 
 INode* RefNode::GetNode() { return static_cast<INode*>(GetTarget()); }
 
@@ -103,10 +106,10 @@ void RefNode::notifyProc(void* param, NotifyInfo* info) {
 // ------------------------------------------------------------------------------------------ failures
 
 template <class Op> void RefNode::runInErrorFrame(const MCHAR* words, const MCHAR* unknownWords, Op op) {
-    step_ = nullptr;
+    step_ = 0;
     try {
         op();
-        step_ = nullptr;
+        step_ = 0;
     } catch (const MAXException& e) {
         fail(words, step_, &e);
     } catch (...) {
@@ -114,7 +117,7 @@ template <class Op> void RefNode::runInErrorFrame(const MCHAR* words, const MCHA
     }
 }
 
-void RefNode::fail(const MCHAR* words, const MCHAR* step, const MAXException* cause) {
+void RefNode::fail(const MCHAR* words, int step, const MAXException* cause) {
     MSTR message = words;
     message += L"\n";
     try {
@@ -123,8 +126,8 @@ void RefNode::fail(const MCHAR* words, const MCHAR* step, const MAXException* ca
         INode* node = GetNode();
         message += node ? MSTR(node->GetName()) : MSTR(L"Unknown Name");
     }
-    if (step) message += MSTR(L"\nLastOperation: ") + step;
-    step_ = nullptr;
+    if (step) message += MSTR(L"\nLastOperation: ") + GetStringCopy(step);
+    step_ = 0;
     SetBusy(0);
     DeleteReference(0);
     if (cause) message += L"\n\n" + cause->message;
@@ -134,7 +137,7 @@ void RefNode::fail(const MCHAR* words, const MCHAR* step, const MAXException* ca
 // ------------------------------------------------------------------------------------------ references
 
 int RefNode::NumRefs() {
-    return ownBase() + 4 + children_.Count() + exclusionLights_.Count() + exclusionOthers_.Count();
+    return ownBase() + 4 + children_.Count() + numModRefs() + exclusionLights_.Count() + exclusionOthers_.Count();
 }
 
 RefTargetHandle RefNode::GetReference(int i) {
@@ -148,6 +151,10 @@ RefTargetHandle RefNode::GetReference(int i) {
     k -= children_.Count();
     if (k == 0) return layer_;
     k -= 1;
+    if (k < wsMods_.Count()) return wsMods_[k] ? wsMods_[k]->modifier : nullptr;
+    k -= wsMods_.Count();
+    if (k < osMods_.Count()) return osMods_[k] ? osMods_[k]->modifier : nullptr;
+    k -= osMods_.Count();
     if (k < exclusionLights_.Count()) return exclusionLights_[k];
     k -= exclusionLights_.Count();
     if (k == 0) return localDependent_;
@@ -185,6 +192,18 @@ void RefNode::SetReference(int i, RefTargetHandle target) {
         return;
     }
     k -= 1;
+    if (k < numModRefs()) {
+        Tab<RefModifier*>& list = k < wsMods_.Count() ? wsMods_ : osMods_;
+        RefModifier*& entry = list[k < wsMods_.Count() ? k : k - wsMods_.Count()];
+        // A modifier restored into an empty position (saved as referenced) stands there as referenced.
+        if (!entry && target) entry = new RefModifier(dynamic_cast<Modifier*>(target), kModFromReference, -1);
+        if (!entry) return;
+        if (!entry->modifier && target)
+            if (Modifier* mod = dynamic_cast<Modifier*>(target)) entry->toggles = ReadModifierToggles(mod);
+        entry->modifier = target;
+        return;
+    }
+    k -= numModRefs();
     if (k < exclusionLights_.Count()) {
         exclusionLights_[k] = target;
         return;
@@ -267,19 +286,19 @@ void RefNode::Update(ReferenceTarget* newTarget) {
         if (!GetNode()) {
             ReplaceReference(0, fresh);
         } else if (old) {
-            step_ = GetString(IDS_STEP_UPDATE_PRE_TRANSFER);
+            step_ = IDS_STEP_UPDATE_PRE_TRANSFER;
             TransferNodeReferences(old, fresh, false);
             if (GetNode() != fresh) ReplaceReference(0, fresh);
-            step_ = GetString(IDS_STEP_UPDATE_POST_TRANSFER);
+            step_ = IDS_STEP_UPDATE_POST_TRANSFER;
             fresh->NotifyDependents(FOREVER, 0, kMsgNodeTransferred);
-            step_ = GetString(IDS_STEP_UPDATE_TRANSFER);
+            step_ = IDS_STEP_UPDATE_TRANSFER;
         }
         for (int k = children_.Count() - 1; k >= 0; --k)
             if (!children_[k]) children_.Delete(k, 1);
         prune();
-        step_ = GetString(IDS_STEP_UPDATE_CLEANED);
+        step_ = IDS_STEP_UPDATE_CLEANED;
         Override();
-        step_ = GetString(IDS_STEP_UPDATE_OVERRIDE_REF);
+        step_ = IDS_STEP_UPDATE_OVERRIDE_REF;
         BuildSubAnimTree();
         if (old) GetCOREInterface()->DeleteNode(old, FALSE);
         SetBusy(0);
@@ -298,6 +317,7 @@ void RefNode::FinishLoad() {
             GetCOREInterface()->DeleteNode(placeholder, FALSE);
         }
     }
+    // Re-linking the modifier references of a loaded node comes with the modifier overrides.
     if (nodeLoaded_ && (overrideFlags_ & kNodeSelectionSets)) {
         selectionSets_.ZeroCount();
         SetOverrideFlags(kNodeSelectionSets, 0);
@@ -457,7 +477,7 @@ MSTR RefNode::GetInfo() {
             info += L"\nFailed to retrieve Node Info";
         }
     }
-    return info + StateLines(nodeLoaded_, overrideFlags_, material_);
+    return info + StateLines(nodeLoaded_, overrideFlags_, material_) + ModifierLines();
 }
 
 void RefNode::PrintData(int mode) {
@@ -465,6 +485,7 @@ void RefNode::PrintData(int mode) {
     if (mode == 1) {
         mprintf(L"\n\n***************************\nRefNode: %s - %d\n\n", referenceName_.data(), handle);
         mputs(StateLines(nodeLoaded_, overrideFlags_, material_).data());
+        mputs(ModifierLines().data());
         mputs(L"\n");
         mflush();
     } else {
@@ -522,6 +543,7 @@ void RefNode::BaseClone(ReferenceTarget* from, ReferenceTarget* to, RemapDir& re
     if (flags & kNodeSelectionSets) dst->selectionSets_ = src->selectionSets_;
     dst->modCountsAtMerge_[0] = src->modCountsAtMerge_[0];
     dst->modCountsAtMerge_[1] = src->modCountsAtMerge_[1];
+    src->cloneModifiersTo(dst);
     const int b = dst->ownBase();
     if (flags & kNodeMaterial)
         dst->ReplaceReference(b, src->material_);

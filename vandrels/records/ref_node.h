@@ -5,6 +5,7 @@
 
 #include "geom.h"
 #include "records/ref_base.h"
+#include "records/ref_modifier.h"
 
 #include <cstdint>
 
@@ -71,8 +72,8 @@ class RefNode : public RefBase, public RefNodeInterface {
 public:
     // A record without node (the host's, before a scene file fills it): nodeLoaded is 0.
     RefNode();
-    // A record for node owned by helper: it takes the node's name as its reference name and builds its
-    // animatable records. Throws MAXException ("Error Creating RefNode") when that fails.
+    // A record for node owned by helper: it takes the node's name as its reference name and builds its modifier
+    // mirrors and animatable records. Throws MAXException ("Error Creating RefNode") when that fails.
     RefNode(INode* node, VandrelsHelper* helper);
     ~RefNode() override;
 
@@ -102,11 +103,22 @@ public:
     void OnNodeRenamed(const MSTR& newName);
     // Whether a scene item other than the records depends on node.
     bool HasLocalDependents(ReferenceTarget* item);
-    // Builds the mirrors of the node's modifier stacks; the modifier lists come with the modifier records.
-    void MonitorModifiers() {}
+    // Modifier monitoring (records/ref_node_mods.cpp).
+    // Builds the mirrors of the node's stacks and takes over the change entries of a node record that shares a
+    // derived object with this node. Throws MAXException ("Error Monitoring Modifiers in RefNode") on failure.
+    void MonitorModifiers();
+    // Reset "Modifiers": every entry counts as referenced again and the change lists are emptied; a locally
+    // replaced object-space stack is dropped.
+    void ResetModifiers();
+    // Reset "Base Object": drops the object-space entries of a locally replaced stack.
+    void DropObjectSpaceRecords();
+    // The mirrors and change lists as the diagnostics print them.
+    MSTR ModifierLines();
+    // Detection (CheckToggles, CheckRename, CheckStack, VerifyObjectSpace), CollectModifiers,
+    // ApplyModifierOverrides and their undo record RefModsRestore come with the modifier overrides.
 
-    // References: the base ones, then material, parent, children, layer, exclusion lights, local dependent and
-    // the other exclusion items.
+    // References: the base ones, then material, parent, children, layer, the modifiers of the world-space and
+    // then the object-space mirror, exclusion lights, local dependent and the other exclusion items.
     int NumRefs() override;
     RefTargetHandle GetReference(int i) override;
     void SetReference(int i, RefTargetHandle target) override;
@@ -129,6 +141,15 @@ public:
     // Sets the reference name and renames a present node that carries no local name.
     void ScriptSetName(const MCHAR* name) override;
 
+    // Work lists of the exclusion-list scans (records/exclusion_lists.h): the lights, and the other items with
+    // the index of their node list, whose lists name this record's node; a collect compares and empties them.
+    struct ScratchExclusion {
+        ReferenceTarget* item;
+        int listIndex;
+    };
+    Tab<ReferenceTarget*>& ScratchLights() { return scratchLights_; }
+    Tab<ScratchExclusion>& ScratchOthers() { return scratchOthers_; }
+
 protected:
     IOResult LoadChunk(ILoad* iload) override;
 
@@ -142,11 +163,23 @@ private:
     std::uint16_t readTmLocks(INode* node);
     std::int32_t computeNodeKind(INode* node);
     // Ends a failed operation: lets go of the node and throws the composed message.
-    [[noreturn]] void fail(const MCHAR* words, const MCHAR* step, const MAXException* cause);
+    [[noreturn]] void fail(const MCHAR* words, int step, const MAXException* cause);
     template <class Op> void runInErrorFrame(const MCHAR* words, const MCHAR* unknownWords, Op op);
     int ownBase() const { return NumBaseRefs(); }
+    // The reference index of the first world-space mirror entry; the object-space entries follow.
+    int firstModRef() const { return ownBase() + 3 + children_.Count(); }
+    int numModRefs() const { return wsMods_.Count() + osMods_.Count(); }
+    // Appends entry to list (the world-space or object-space mirror) and references its modifier.
+    void appendModEntry(Tab<RefModifier*>& list, RefModifier* entry, ReferenceTarget* mod);
+    // Lets go of the modifiers of list and frees its entries.
+    void dropModEntries(Tab<RefModifier*>& list);
+    void freeModLists();
+    int mergeInstancedChanges(int sharedCount, RefNode* other);
+    IOResult saveModifierChunks(ISave* isave);
+    IOResult loadModifierChunk(ILoad* iload, bool& taken);
+    void cloneModifiersTo(RefNode* dst);
 
-    const MCHAR* step_ = nullptr;  // the step word in force, or null
+    int step_ = 0;  // the string id of the step word in force, or 0 (the string buffer is shared: no pointer)
 
     MSTR referenceName_;
     std::int32_t nodeLoaded_ = 0;
@@ -174,7 +207,14 @@ private:
     Tab<int> selectionSets_;
     Tab<ReferenceTarget*> exclusionOthers_;
     Tab<int> exclusionModes_;
+    Tab<ScratchExclusion> scratchOthers_;
     INode* placeholderFor_ = nullptr;
+    Tab<RefModifier*> osMods_;
+    Tab<RefModifier*> wsMods_;
+    Tab<ModDeleted*> deletedMods_;
+    Tab<ModChangedName*> renamedMods_;
+    Tab<ModChangedToggles*> toggledMods_;
+    int modLoadCursor_[5] = {};  // next position that a loaded entry chunk fills, per list
     std::int32_t modCountsAtMerge_[2] = {0, 0};
     int notificationsRegistered_ = 0;
 };

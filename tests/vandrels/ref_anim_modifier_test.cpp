@@ -1,0 +1,303 @@
+// The animatable records' modifier operations and helper services on records that a loaded reference made: a
+// modifier's context and its holder object, putting a locally changed modifier back into a freshly merged
+// stack, handing a record's animatable to a new record one level up, and adopting a node through the helper.
+// No script reaches these operations: the library makes the records, and the tests call the records' own
+// virtual operations through the record classes' declarations (the inline accessors read their fields).
+#include "anims/ref_anim.h"
+#include "helper/vandrels_helper.h"
+#include "records/ref_node.h"
+
+#include "core/fnpub.h"
+#include "inode.h"
+#include "maxapi.h"
+#include "maxscript/maxscript.h"
+#include "object.h"
+#include "plugapi.h"
+#include "vandrels_library.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr RefMessage kMsgNodeAdopted = 0x8663DF23;
+
+void Script(const std::wstring& text) {
+    FPValue value;
+    EXPECT_TRUE(ExecuteMAXScriptScript(text.c_str(), MAXScript::ScriptSource::Embedded, TRUE, &value, TRUE))
+        << WStr(text).ToUTF8();
+}
+
+// A dependent holding one reference that logs the messages it hears.
+class Watcher : public ReferenceTarget {
+public:
+    Class_ID ClassID() override { return Class_ID(0x7E570002, 0); }
+    void GetClassName(MSTR& s, bool) const override { s = L"Watcher"; }
+    int NumRefs() override { return 1; }
+    RefTargetHandle GetReference(int) override { return ref_; }
+    void SetReference(int, RefTargetHandle t) override { ref_ = t; }
+    RefResult NotifyRefChanged(const Interval&, RefTargetHandle, PartID&, RefMessage message, BOOL) override {
+        heard.push_back(message);
+        return REF_SUCCEED;
+    }
+    int Heard(RefMessage message) const { return int(std::count(heard.begin(), heard.end(), message)); }
+    std::vector<RefMessage> heard;
+
+private:
+    RefTargetHandle ref_ = nullptr;
+};
+
+std::vector<std::wstring> Names(const Tab<WStr*>& path) {
+    std::vector<std::wstring> names;
+    for (WStr* name : path) names.push_back(name ? name->data() : L"<null>");
+    return names;
+}
+
+std::vector<int> Numbers(const Tab<int>& path) { return std::vector<int>(path.begin(), path.end()); }
+
+Matrix3 Offset(float x) {
+    Matrix3 tm;
+    tm.SetTrans(Point3(x, 2.f, 3.f));
+    return tm;
+}
+
+class RefAnimModifiers : public vtest::SceneTest {
+protected:
+    RefAnimModifiers() : SceneTest("vandrels_refanim_mods") {}
+
+    void SetUp() override {
+        SceneTest::SetUp();
+        reference_ = MSTR::FromUTF8((std::filesystem::temp_directory_path() /
+                                     ("vandrels_refanim_mods_ref_" + std::to_string(::getpid()) + ".max"))
+                                        .string());
+        Script(L"Vandrels.PrintTimes false");
+        // Bent: a bend under a taper (the bend counts first from the bottom of the stack).
+        Script(L"b = box name:\"Bent\"; addModifier b (bend()); addModifier b (taper()); saveMaxFile @\"" +
+               std::wstring(reference_.data()) + L"\"");
+        GetCOREInterface()->FileReset(TRUE);
+        Script(L"Vandrels.AddVandrel @\"" + std::wstring(reference_.data()) + L"\"");
+        const std::wstring stem = std::filesystem::path(reference_.ToUTF8()).stem().wstring();
+        INode* helperNode = GetCOREInterface()->GetINodeByName(stem.c_str());
+        ASSERT_NE(helperNode, nullptr);
+        helper = static_cast<VandrelsHelper*>(helperNode->GetObjectRef());
+        for (RefNode* record : helper->refNodes) {
+            auto* n = record ? static_cast<INode*>(record->GetReference(0)) : nullptr;
+            if (n && std::wstring(n->GetName()).ends_with(L"Bent")) {
+                nodeRecord = record;
+                node = n;
+            }
+        }
+        ASSERT_NE(nodeRecord, nullptr);
+        derived = dynamic_cast<IDerivedObject*>(node->GetObjectRef());
+        ASSERT_TRUE(derived && derived->NumModifiers() == 2);
+        bend = derived->GetModifier(1);
+        bendRecord = RecordHolding(bend);
+        ASSERT_NE(bendRecord, nullptr);
+        ASSERT_EQ(Names(bendRecord->GetPath()), (std::vector<std::wstring>{L"Mods", L"Bend"}));
+        ASSERT_EQ(Numbers(bendRecord->GetPathByNumber()), (std::vector<int>{2, 1}));
+    }
+    void TearDown() override {
+        SceneTest::TearDown();
+        std::filesystem::remove(reference_.ToUTF8());
+    }
+
+    RefAnim* RecordHolding(Animatable* anim) {
+        for (int i = 0; i < nodeRecord->NumRefAnims(); ++i)
+            if (RefAnim* record = nodeRecord->GetRefAnim(i); record && record->GetAnim() == anim) return record;
+        return nullptr;
+    }
+
+    // A box named name with a bend under a taper, as a fresh merge brings Bent again.
+    INode* FreshCopy(const MCHAR* name) {
+        Script(L"b = box name:\"" + std::wstring(name) + L"\"; addModifier b (bend()); addModifier b (taper())");
+        return GetCOREInterface()->GetINodeByName(name);
+    }
+
+    void ExtendPath(RefAnim* record, const MCHAR* name, int number) {
+        FPInterface* fpi = hostrt::FindObjectInterface(record, L"RefAnim");
+        ASSERT_NE(fpi, nullptr);
+        FPValue size;
+        hostrt::CallFromScript(fpi, L"GetPathSize", {}, {}, size);
+        FPValue none;
+        const int last = size.i + 1;
+        hostrt::CallFromScript(fpi, L"SetPathSize", {FPValue(last)}, {}, none);
+        hostrt::CallFromScript(fpi, L"SetPathItem", {FPValue(last), FPValue(name)}, {}, none);
+        hostrt::CallFromScript(fpi, L"SetPathByNumberItem", {FPValue(last), FPValue(number)}, {}, none);
+    }
+
+    MSTR reference_;
+    VandrelsHelper* helper = nullptr;
+    RefNode* nodeRecord = nullptr;
+    INode* node = nullptr;
+    IDerivedObject* derived = nullptr;
+    Modifier* bend = nullptr;
+    RefAnim* bendRecord = nullptr;
+};
+
+TEST_F(RefAnimModifiers, TheContextAndTheHolderObjectOfAModifier) {
+    ModContext* context = bendRecord->GetModContext(node);
+    ASSERT_NE(context, nullptr);
+    EXPECT_EQ(context, derived->GetModContext(1));
+    // Below the bend the path's parent is the modifier, not a derived object: no context.
+    RefAnim* blockRecord = RecordHolding(bend->SubAnim(0));
+    ASSERT_NE(blockRecord, nullptr);
+    EXPECT_EQ(blockRecord->GetModContext(node), nullptr);
+
+    // A context without local data makes no holder.
+    ModContext* out = context;
+    EXPECT_EQ(bendRecord->MakeHolderObject(node, &out), nullptr);
+    EXPECT_EQ(out, nullptr);
+
+    int localData = 7;
+    context->localData = &localData;
+    delete context->tm;
+    context->tm = new Matrix3(Offset(1.f));
+    Object* holder = bendRecord->MakeHolderObject(node, &out);
+    context->localData = nullptr;
+    EXPECT_EQ(out, context);
+    auto* held = dynamic_cast<IDerivedObject*>(holder);
+    ASSERT_NE(held, nullptr);
+    EXPECT_FALSE(held->IsWorldSpace());
+    ASSERT_EQ(held->NumModifiers(), 1);
+    EXPECT_EQ(held->GetModifier(0), bend);
+    ASSERT_NE(held->GetModContext(0)->tm, nullptr);
+    EXPECT_EQ(*held->GetModContext(0)->tm, Offset(1.f));
+    EXPECT_EQ(held->GetModContext(0)->localData, &localData);
+    ASSERT_NE(held->GetObjRef(), nullptr);
+    EXPECT_EQ(held->GetObjRef()->ClassID(), EMPTY_BASE_OBJECT_CLASS_ID);
+    // The scene's stack keeps its bend.
+    EXPECT_EQ(derived->GetModifier(1), bend);
+
+    // The form with a given context takes it as it is, none included.
+    auto* bare = dynamic_cast<IDerivedObject*>(bendRecord->MakeHolderObject(node, static_cast<ModContext*>(nullptr)));
+    ASSERT_TRUE(bare && bare->NumModifiers() == 1);
+    EXPECT_EQ(bare->GetModifier(0), bend);
+    EXPECT_EQ(bare->GetModContext(0)->tm, nullptr);
+    holder->DeleteMe();
+    bare->DeleteMe();
+}
+
+TEST_F(RefAnimModifiers, AModifiedModifierGoesBackInPlaceOfTheMergedOne) {
+    INode* fresh = FreshCopy(L"Fresh");
+    auto* stack = dynamic_cast<IDerivedObject*>(fresh->GetObjectRef());
+    ASSERT_TRUE(stack && stack->NumModifiers() == 2);
+    Modifier* merged = stack->GetModifier(1);
+    Modifier* taper = stack->GetModifier(0);
+    auto* user = new Watcher();  // something local that uses the merged bend
+    ASSERT_EQ(user->ReplaceReference(0, merged), REF_SUCCEED);
+    Matrix3 given = Offset(5.f);
+    ModContext context(&given, nullptr);
+
+    // A clean record leaves the merged stack alone.
+    bendRecord->OverrideModifier(fresh, nullptr, &context);
+    EXPECT_EQ(stack->GetModifier(1), merged);
+
+    // Modified: the held bend takes the merged one's place and users, with the context of the holder object
+    // that kept it on top.
+    bendRecord->SetOverrideState(kOverrideModified);
+    Matrix3 kept = Offset(9.f);
+    ModContext keptContext(&kept, nullptr);
+    Object* holder = bendRecord->MakeHolderObject(node, &keptContext);
+    bendRecord->OverrideModifier(fresh, static_cast<IDerivedObject*>(holder), &context);
+    ASSERT_EQ(stack->NumModifiers(), 2);
+    EXPECT_EQ(stack->GetModifier(0), taper);
+    EXPECT_EQ(stack->GetModifier(1), bend);
+    ASSERT_NE(stack->GetModContext(1)->tm, nullptr);
+    EXPECT_EQ(*stack->GetModContext(1)->tm, kept);
+    EXPECT_EQ(user->GetReference(0), bend);
+    EXPECT_EQ(Numbers(bendRecord->GetPathByNumber()), (std::vector<int>{2, 1}));
+    EXPECT_EQ(bendRecord->GetAnim(), bend);
+
+    // Without a holder the given context goes with it.
+    INode* again = FreshCopy(L"Again");
+    auto* second = dynamic_cast<IDerivedObject*>(again->GetObjectRef());
+    bendRecord->OverrideModifier(again, nullptr, &context);
+    EXPECT_EQ(second->GetModifier(1), bend);
+    ASSERT_NE(second->GetModContext(1)->tm, nullptr);
+    EXPECT_EQ(*second->GetModContext(1)->tm, given);
+
+    user->DeleteMe();
+    holder->DeleteMe();
+}
+
+TEST_F(RefAnimModifiers, ARecordWhoseShorterPathStillReachesItsAnimatableHandsItUp) {
+    const int records = nodeRecord->NumRefAnims();
+    // One level up from the bend is the derived object: nothing moves.
+    bendRecord->PromoteToParent(node);
+    EXPECT_EQ(nodeRecord->NumRefAnims(), records);
+    EXPECT_EQ(bendRecord->GetAnim(), bend);
+
+    // A level below the bend's entry that names the bend itself: a Modified modifier record takes it over.
+    ExtendPath(bendRecord, L"Ghost", 7);
+    bendRecord->PromoteToParent(node);
+    ASSERT_EQ(nodeRecord->NumRefAnims(), records + 1);
+    RefAnim* promoted = nodeRecord->GetRefAnim(records);
+    ASSERT_NE(promoted, nullptr);
+    EXPECT_EQ(promoted->ClassID(), REFANIM_MOD_CLASS_ID);
+    EXPECT_EQ(promoted->GetAnim(), bend);
+    EXPECT_EQ(promoted->GetOverrideState(), kOverrideModified);
+    EXPECT_EQ(Names(promoted->GetPath()), (std::vector<std::wstring>{L"Mods", L"Bend"}));
+    EXPECT_EQ(Numbers(promoted->GetPathByNumber()), (std::vector<int>{2, 1}));
+    EXPECT_EQ(promoted->GetOwner(), nodeRecord);
+    EXPECT_EQ(bendRecord->GetAnim(), nullptr);
+
+    // Anything but a modifier goes to a plain record.
+    Animatable* block = bend->SubAnim(0);
+    RefAnim* blockRecord = RecordHolding(block);
+    ASSERT_NE(blockRecord, nullptr);
+    const std::vector<std::wstring> blockPath = Names(blockRecord->GetPath());
+    ExtendPath(blockRecord, L"Ghost", 3);
+    blockRecord->PromoteToParent(node);
+    ASSERT_EQ(nodeRecord->NumRefAnims(), records + 2);
+    RefAnim* plain = nodeRecord->GetRefAnim(records + 1);
+    ASSERT_NE(plain, nullptr);
+    EXPECT_EQ(plain->ClassID(), REFANIM_CLASS_ID);
+    EXPECT_EQ(plain->GetAnim(), block);
+    EXPECT_EQ(Names(plain->GetPath()), blockPath);
+}
+
+TEST_F(RefAnimModifiers, AdoptingANodeMakesItsRecordOnce) {
+    Script(L"box name:\"Stray\"; box name:\"Loose\"");
+    INode* stray = GetCOREInterface()->GetINodeByName(L"Stray");
+    INode* loose = GetCOREInterface()->GetINodeByName(L"Loose");
+    ASSERT_TRUE(stray && loose);
+    helper->nodesToDelete.Append(new WStr(L"Renamed"));
+    helper->nodesToDelete.Append(new WStr(L"Other"));
+    helper->nodesToDelete.Append(new WStr(L"Renamed"));
+    auto* watcher = new Watcher();
+    ASSERT_EQ(watcher->ReplaceReference(0, stray), REF_SUCCEED);
+    const int records = helper->refNodes.Count();
+
+    bendRecord->AdoptNode(stray, L"Renamed");
+    ASSERT_EQ(helper->refNodes.Count(), records + 1);
+    RefNode* adopted = helper->refNodes[records];
+    ASSERT_NE(adopted, nullptr);
+    EXPECT_EQ(adopted->GetReference(0), stray);
+    EXPECT_EQ(helper->GetReference(VH_FIRST_RECORD_REF + records), adopted);
+    EXPECT_EQ(std::wstring(adopted->GetName().data()), L"Renamed");
+    EXPECT_EQ(adopted->GetOverrideFlags() & kNodeOverriddenName, kNodeOverriddenName);
+    ASSERT_EQ(helper->nodesToDelete.Count(), 1);
+    EXPECT_EQ(std::wstring(helper->nodesToDelete[0]->data()), L"Other");
+    EXPECT_EQ(watcher->Heard(kMsgNodeAdopted), 1);
+
+    // A node that has a record is left alone.
+    bendRecord->AdoptNode(stray, L"Again");
+    EXPECT_EQ(helper->refNodes.Count(), records + 1);
+    EXPECT_EQ(std::wstring(adopted->GetName().data()), L"Renamed");
+    EXPECT_EQ(watcher->Heard(kMsgNodeAdopted), 1);
+
+    // Without a name the node's own name is taken, and it is no name override.
+    bendRecord->AdoptNode(loose, nullptr);
+    ASSERT_EQ(helper->refNodes.Count(), records + 2);
+    EXPECT_EQ(std::wstring(helper->refNodes[records + 1]->GetName().data()), L"Loose");
+    EXPECT_EQ(helper->refNodes[records + 1]->GetOverrideFlags() & kNodeOverriddenName, 0u);
+
+    watcher->DeleteMe();
+}
+
+}  // namespace

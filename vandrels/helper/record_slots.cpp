@@ -1,0 +1,15 @@
+#include "helper/record_slots.h"
+
+#include "helper/vandrels_helper.h"
+#include "records/ref_node.h"
+
+namespace vandrels {
+
+RefNode* AppendNodeRecord(VandrelsHelper* helper, INode* node) {
+    auto* record = new RefNode(node, helper);
+    helper->refNodes.Append(nullptr);
+    helper->ReplaceReference(VH_FIRST_RECORD_REF + helper->refNodes.Count() - 1, record);
+    return record;
+}
+
+}  // namespace vandrels

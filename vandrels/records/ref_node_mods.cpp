@@ -1,0 +1,255 @@
+// The node record's modifier mirrors: building them from the node's stacks, taking over the change entries of
+// a node that shares a derived object, their references, cloning, the resets and the diagnostics lines.
+#include "inode.h"
+#include "maxexception.h"
+#include "object.h"
+#include "records/ref_node.h"
+#include "records/scene_utils.h"
+
+#include <cstdlib>
+#include <unordered_set>
+
+namespace {
+
+bool IsDerivedObject(Object* obj) { return obj && obj->SuperClassID() == GEN_DERIVOB_CLASS_ID; }
+
+// The number of modifiers in every derived object from top down the chain.
+int CountChainModifiers(Object* top) {
+    int total = 0;
+    for (Object* o = top; IsDerivedObject(o); o = static_cast<IDerivedObject*>(o)->GetObjRef())
+        total += static_cast<IDerivedObject*>(o)->NumModifiers();
+    return total;
+}
+
+// A node record other than self whose node uses derived: the nodes among derived's dependents, followed up
+// through derived objects stacked on it.
+struct SharingRecordSearch {
+    RefNode* self;
+    std::unordered_set<ReferenceTarget*> seen;
+
+    RefNode* find(ReferenceTarget* derived) {
+        if (!derived || !seen.insert(derived).second) return nullptr;
+        DependentIterator it(derived);
+        while (ReferenceMaker* dep = it.Next()) {
+            const SClass_ID sc = dep->SuperClassID();
+            if (sc == BASENODE_CLASS_ID) {
+                RefNode* record = FindNodeRecord(static_cast<INode*>(dep));
+                if (record && record != self) return record;
+            } else if (sc == GEN_DERIVOB_CLASS_ID) {
+                if (RefNode* record = find(static_cast<IDerivedObject*>(dep))) return record;
+            }
+        }
+        return nullptr;
+    }
+};
+
+// Takes over theirs' entries whose index lies below limit: an unmarked entry of mine with the same name (the one
+// nearest in index among several) is overwritten, otherwise a copy is added; either way it ends up marked.
+// Answers how many entries were taken over.
+template <class T> int TakeOverEntries(Tab<T*>& mine, const Tab<T*>& theirs, int limit) {
+    int taken = 0;
+    for (T* entry : theirs) {
+        if (!entry) continue;
+        const int index = EffectiveModIndex(entry->index);
+        if (index >= limit) continue;
+        T* best = nullptr;
+        int bestDistance = 0;
+        for (T* candidate : mine) {
+            if (!candidate || candidate->matched || candidate->name != entry->name) continue;
+            const int distance = std::abs(EffectiveModIndex(candidate->index) - index);
+            if (!best || distance < bestDistance) {
+                best = candidate;
+                bestDistance = distance;
+            }
+        }
+        if (best)
+            *best = *entry;
+        else
+            best = mine[mine.Append(entry->Copy())];
+        best->matched = 1;
+        ++taken;
+    }
+    return taken;
+}
+
+int HandleOf(Animatable* item) { return item ? int(Animatable::GetHandleByAnim(item)) : 0; }
+
+MSTR EntryHead(const MSTR& name, std::int32_t index) {
+    MSTR line = L"\nName: " + name;
+    line.append_printf(L", Index: %d", int(index));
+    return line;
+}
+
+}  // namespace
+
+// ------------------------------------------------------------------------------------------ building
+
+void RefNode::MonitorModifiers() {
+    try {
+        INode* node = GetNode();
+        if (!node) return;
+        dropModEntries(wsMods_);
+        dropModEntries(osMods_);
+        // Indices count every modifier of the chain, the world-space stack included, from the top down to 0.
+        const int total = CountChainModifiers(node->GetObjOrWSMRef());
+        int next = total - 1;
+
+        if (IDerivedObject* ws = node->GetWSMDerivedObject()) {
+            modCountsAtMerge_[0] = ws->NumModifiers();
+            for (int i = 0; i < ws->NumModifiers(); ++i) {
+                Modifier* mod = ws->GetModifier(i);
+                appendModEntry(wsMods_, new RefModifier(mod, kModFromReference, next--), mod);
+            }
+        }
+
+        modCountsAtMerge_[1] = 0;
+        for (Object* o = node->GetObjectRef(); IsDerivedObject(o);) {
+            auto* derived = static_cast<IDerivedObject*>(o);
+            modCountsAtMerge_[1] += derived->NumModifiers();
+            for (int i = 0; i < derived->NumModifiers(); ++i) {
+                Modifier* mod = derived->GetModifier(i);
+                appendModEntry(osMods_, new RefModifier(mod, kModFromReference, next--), mod);
+            }
+            o = derived->GetObjRef();
+            if (IsDerivedObject(o)) appendModEntry(osMods_, RefModifier::Boundary(), nullptr);
+        }
+
+        // A derived object shared with another referenced node: its change entries apply here as well. The
+        // modifiers from that derived object down carry the same indices in both records.
+        int taken = 0;
+        for (Object* o = node->GetObjectRef(); IsDerivedObject(o);) {
+            auto* derived = static_cast<IDerivedObject*>(o);
+            SharingRecordSearch search{this, {}};
+            if (RefNode* other = search.find(derived)) {
+                taken = mergeInstancedChanges(CountChainModifiers(derived), other);
+                break;
+            }
+            o = derived->GetObjRef();
+        }
+        if (taken) overrideFlags_ |= kNodeModifiers;
+    } catch (const MAXException& e) {
+        fail(L"Error Monitoring Modifiers in RefNode", 0, &e);
+    } catch (...) {
+        fail(L"Unknown Error Monitoring Modifiers in RefNode", 0, nullptr);
+    }
+}
+
+int RefNode::mergeInstancedChanges(int sharedCount, RefNode* other) {
+    return TakeOverEntries(deletedMods_, other->deletedMods_, sharedCount) +
+           TakeOverEntries(renamedMods_, other->renamedMods_, sharedCount) +
+           TakeOverEntries(toggledMods_, other->toggledMods_, sharedCount);
+}
+
+// ------------------------------------------------------------------------------------------ entries
+
+void RefNode::appendModEntry(Tab<RefModifier*>& list, RefModifier* entry, ReferenceTarget* mod) {
+    if (entry) entry->modifier = nullptr;
+    const int position = list.Append(entry);
+    const int index = firstModRef() + (&list == &wsMods_ ? 0 : wsMods_.Count()) + position;
+    if (entry && mod) ReplaceReference(index, mod);
+}
+
+void RefNode::dropModEntries(Tab<RefModifier*>& list) {
+    const int first = firstModRef() + (&list == &wsMods_ ? 0 : wsMods_.Count());
+    for (int k = 0; k < list.Count(); ++k)
+        if (list[k] && list[k]->modifier) DeleteReference(first + k);
+    FreeModList(list);
+}
+
+void RefNode::freeModLists() {
+    FreeModList(wsMods_);
+    FreeModList(osMods_);
+    FreeModList(deletedMods_);
+    FreeModList(renamedMods_);
+    FreeModList(toggledMods_);
+}
+
+void RefNode::cloneModifiersTo(RefNode* dst) {
+    // The clone's entries reference the same modifiers.
+    for (RefModifier* entry : wsMods_)
+        dst->appendModEntry(dst->wsMods_, entry ? entry->Copy() : nullptr, entry ? entry->modifier : nullptr);
+    for (RefModifier* entry : osMods_)
+        dst->appendModEntry(dst->osMods_, entry ? entry->Copy() : nullptr, entry ? entry->modifier : nullptr);
+    FreeModList(dst->deletedMods_);
+    FreeModList(dst->renamedMods_);
+    FreeModList(dst->toggledMods_);
+    dst->deletedMods_ = CopyModList(deletedMods_);
+    dst->renamedMods_ = CopyModList(renamedMods_);
+    dst->toggledMods_ = CopyModList(toggledMods_);
+}
+
+// ------------------------------------------------------------------------------------------ resets
+
+void RefNode::ResetModifiers() {
+    for (RefModifier* entry : wsMods_) {
+        if (!entry) continue;
+        entry->state = kModFromReference;
+        entry->modContext.reset();
+    }
+    if (overrideFlags_ & kNodeObjectSpaceReplaced) {
+        dropModEntries(osMods_);
+        SetOverrideFlags(kNodeObjectSpaceReplaced, 0);
+    } else {
+        for (RefModifier* entry : osMods_) {
+            if (!entry || entry->state == kModBoundary) continue;
+            entry->state = kModFromReference;
+            entry->modContext.reset();
+        }
+    }
+    FreeModList(deletedMods_);
+    FreeModList(renamedMods_);
+    FreeModList(toggledMods_);
+}
+
+void RefNode::DropObjectSpaceRecords() {
+    if (!(overrideFlags_ & kNodeObjectSpaceReplaced)) return;
+    dropModEntries(osMods_);
+    SetOverrideFlags(kNodeObjectSpaceReplaced, 0);
+}
+
+// ------------------------------------------------------------------------------------------ diagnostics
+
+MSTR RefNode::ModifierLines() {
+    MSTR out = L"\nWSRefMods: ";
+    for (RefModifier* entry : wsMods_) {
+        if (!entry) {
+            out += L"\nNull RefMod: ";
+            continue;
+        }
+        out += EntryHead(entry->name, entry->index);
+        out.append_printf(L", State: %d, Toggles: %d, Modifier: %d", int(entry->state), int(entry->toggles),
+                          HandleOf(entry->modifier));
+    }
+    out += L"\nOSRefMods: ";
+    for (RefModifier* entry : osMods_) {
+        if (!entry) {
+            out += L"\nNull RefMod: ";
+            continue;
+        }
+        out += EntryHead(entry->name, entry->index);
+        out.append_printf(L", State: %d, Toggles: %d - %d", int(entry->state), int(entry->toggles),
+                          HandleOf(entry->modifier));
+        if (entry->modifier) {
+            MSTR className;
+            entry->modifier->GetClassName(className, false);
+            out += L" (" + className + L")";
+        }
+    }
+    out += L"\nDeletedMods: ";
+    for (ModDeleted* entry : deletedMods_)
+        out += entry ? EntryHead(entry->name, entry->index) : MSTR(L"\nNull DeletedMod: ");
+    out += L"\nRenamedMods: ";
+    for (ModChangedName* entry : renamedMods_)
+        out += entry ? EntryHead(entry->name, entry->index) + L", NewName: " + entry->newName
+                     : MSTR(L"\nNull RenamedMod: ");
+    out += L"\nToggledMods: ";
+    for (ModChangedToggles* entry : toggledMods_) {
+        if (!entry) {
+            out += L"\nNull toggledMod: ";
+            continue;
+        }
+        out += EntryHead(entry->name, entry->index);
+        out.append_printf(L", Toggles: %d", int(entry->toggles));
+    }
+    return out;
+}
