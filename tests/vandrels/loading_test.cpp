@@ -208,8 +208,9 @@ TEST_F(Loading, LocallyDeletedNodesAreDeletedAgainWhenMerged) {
 }
 
 // A record read from a scene file holds empty animatable-record slots until the host restores them; the slots
-// still empty when a load binds the record are dropped.
-TEST_F(Loading, ABoundRecordDropsTheAnimatableSlotsThatStayedEmpty) {
+// still empty when a load binds the record are dropped. Of two merged nodes of the record's name the first binds
+// to it and the second gets a new record, which counts as a duplicated name.
+TEST_F(Loading, ASavedRecordBindsToTheFirstNodeOfItsNameAndDropsItsEmptySlots) {
     WriteReference();
     Script(L"h = Vandrels.AddVandrel " + Quoted(reference_) + L" load:false");
     const std::wstring name = std::filesystem::path(reference_.ToUTF8()).stem().wstring();
@@ -221,7 +222,7 @@ TEST_F(Loading, ABoundRecordDropsTheAnimatableSlotsThatStayedEmpty) {
         static_cast<Animatable*>(CreateInstance(0x8663DFA6, Class_ID(0x8663DFA6, 0x3F273884))));
     ASSERT_NE(record, nullptr);
     vtest::ChunkBytes bytes;
-    bytes.Chunk(0x0000, std::uint32_t(0x46273400)).Chunk(0x0007, std::int32_t(0)).Text(0x0008, L"Ball");
+    bytes.Chunk(0x0000, std::uint32_t(0x46273400)).Chunk(0x0007, std::int32_t(0)).Text(0x0008, L"Twin");
     bytes.Chunk(0x000A, std::uint32_t(0x1000));  // a local wire colour keeps the record through the load
     bytes.Chunk(0x0029, std::int32_t(0)).Chunk(0x0022, std::int32_t(2)).Chunk(0x002A, std::int32_t(0));
     bytes.Chunk(0x002C, std::int32_t(0));
@@ -234,18 +235,46 @@ TEST_F(Loading, ABoundRecordDropsTheAnimatableSlotsThatStayedEmpty) {
     ASSERT_EQ(vtest::LoadInto(helper, vtest::ChunkBytes().Chunk(0x0000, 1.0f).Chunk(0x0001, std::int32_t(1)).Get()),
               IO_OK);
     ASSERT_EQ(helper->ReplaceReference(2, record), REF_SUCCEED);
+    GetCOREInterface()->SetHasUserInterface(TRUE);
+    Script(L"Vandrels.ShowDuplicatedNamesWarning = true");
     Script(L"h.baseObject.Active = false; h.baseObject.Active = true");
 
-    INode* ball = GetCOREInterface()->GetINodeByName(L"Ball");
-    ASSERT_NE(ball, nullptr);
-    EXPECT_EQ(record->GetReference(0), ball);
-    EXPECT_EQ(RunInt(L"h.baseObject.NumRefNodes()"), 3);  // Ball's record and one per twin
+    INode* firstTwin = GetCOREInterface()->GetINodeByName(L"Twin");
+    ASSERT_NE(firstTwin, nullptr);
+    EXPECT_EQ(record->GetReference(0), firstTwin);
+    EXPECT_EQ(RunInt(L"h.baseObject.NumRefNodes()"), 3);  // the twins' records and Ball's
+    EXPECT_EQ(CountDialogs(131), 1);
     FPInterface* fpi = hostrt::FindObjectInterface(record, L"RefNode");
     ASSERT_NE(fpi, nullptr);
     FPValue count;
     hostrt::CallFromScript(fpi, L"NumRefAnims", {}, {}, count);
     ASSERT_GT(count.i, 0);
     for (int i = 1; i <= count.i; ++i) EXPECT_NE(record->GetReference(i), nullptr) << "animatable record " << i;
+}
+
+// What the helper prints of a loaded reference: its counts, then per node record its name and node, in record
+// order (mode 0 with the animatable-record count, mode 1 with every record's block).
+TEST_F(Loading, PrintDataListsTheLoadedRecordsInOrder) {
+    WriteReference();
+    Script(L"h = Vandrels.AddVandrel " + Quoted(reference_));
+    auto& listener = hostrt::Listener::Instance();
+    listener.Clear();
+    Script(L"h.baseObject.PrintData()");
+    const std::wstring brief = listener.Text();
+    EXPECT_EQ(brief.find(L"\nNum RefNodes: 3\nNum RefMaterials:0\nNum RefLayers:0\nNum NodesToDelete:0\n\n"), 0u)
+        << WStr(brief).ToUTF8();
+    size_t at = 0;
+    for (const wchar_t* name : {L"Twin", L"Twin", L"Ball"}) {
+        const size_t found = brief.find(L"\nRefNode: " + std::wstring(name) + L" - ", at);
+        ASSERT_NE(found, std::wstring::npos) << WStr(name).ToUTF8() << " in " << WStr(brief).ToUTF8();
+        at = brief.find(L"\nRefAnims: ", found);
+        ASSERT_NE(at, std::wstring::npos);
+    }
+    listener.Clear();
+    Script(L"h.baseObject.PrintData mode:2");  // the mode is an index: scripts count from 1
+    const std::wstring full = listener.Text();
+    EXPECT_NE(full.find(L"\n\n***************************\nRefNode: Ball - "), std::wstring::npos);
+    EXPECT_NE(full.find(L"\n\nRefAnim: 0"), std::wstring::npos);
 }
 
 }  // namespace
