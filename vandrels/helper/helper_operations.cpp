@@ -1,6 +1,6 @@
-// The helper's reference operations. Each logs its call (operation_log.h). Their pipelines (loading, unloading,
-// reloading, merging, dismissing, resetting, writing the reference file) replace the bodies below; until then
-// each does nothing and answers the failure result 0.
+// The helper's reference operations that wait for the unloading and saving pipelines: each logs its call
+// (operation_log.h), does nothing and answers the failure result 0. Loading (helper_load.cpp), making a
+// reference local (helper_merge.cpp) and showing the duplicated names are in place.
 #include "helper/operation_log.h"
 #include "helper/vandrels_helper.h"
 #include "ui/dup_names_dialog.h"
