@@ -1,9 +1,14 @@
 // Host broadcast notifications: registration in order, dispatch over a snapshot that skips entries
-// unregistered meanwhile, so handlers may register, unregister and broadcast while they run.
+// unregistered meanwhile, so handlers may register, unregister and broadcast while they run. Registrations are
+// kept per code and indexed, so that registering, unregistering and broadcasting do not grow with the number of
+// registrations of other handlers (plug-ins register one per record, by the ten thousand).
 #include "notify.h"
 
-#include <algorithm>
+#include <cstdint>
+#include <functional>
+#include <list>
 #include <memory>
+#include <unordered_map>
 #include <vector>
 
 namespace {
@@ -15,8 +20,41 @@ struct Registration {
     bool alive = true;
 };
 
-std::vector<std::shared_ptr<Registration>>& registry() {
-    static auto* regs = new std::vector<std::shared_ptr<Registration>>();  // lives until the process ends
+struct Key {
+    NOTIFYPROC proc;
+    void* param;
+    int code;
+    bool operator==(const Key&) const = default;
+};
+
+struct KeyHash {
+    std::size_t operator()(const Key& k) const {
+        std::size_t h = std::hash<std::uintptr_t>()(reinterpret_cast<std::uintptr_t>(k.proc));
+        h ^= std::hash<void*>()(k.param) + 0x9e3779b97f4a7c15ull + (h << 6) + (h >> 2);
+        h ^= std::hash<int>()(k.code) + 0x9e3779b97f4a7c15ull + (h << 6) + (h >> 2);
+        return h;
+    }
+};
+
+using Handlers = std::list<std::shared_ptr<Registration>>;  // one code's registrations, oldest first
+
+struct Registry {
+    std::unordered_map<int, Handlers> byCode;
+    std::unordered_map<Key, Handlers::iterator, KeyHash> index;
+
+    // Takes one registration out; false when it is not there.
+    bool remove(const Key& key) {
+        auto found = index.find(key);
+        if (found == index.end()) return false;
+        (*found->second)->alive = false;
+        byCode.find(key.code)->second.erase(found->second);
+        index.erase(found);
+        return true;
+    }
+};
+
+Registry& registry() {
+    static auto* regs = new Registry();  // lives until the process ends
     return *regs;
 }
 
@@ -24,40 +62,34 @@ std::vector<std::shared_ptr<Registration>>& registry() {
 
 int RegisterNotification(NOTIFYPROC proc, void* param, int code) {
     if (!proc) return 0;
-    auto& regs = registry();
-    for (auto& r : regs)
-        if (r->proc == proc && r->param == param && r->code == code) return 1;  // already registered
-    regs.push_back(std::make_shared<Registration>(Registration{proc, param, code}));
+    Registry& regs = registry();
+    const Key key{proc, param, code};
+    if (regs.index.count(key)) return 1;  // already registered
+    Handlers& handlers = regs.byCode[code];
+    handlers.push_back(std::make_shared<Registration>(Registration{proc, param, code}));
+    regs.index.emplace(key, std::prev(handlers.end()));
     return 1;
 }
 
 int UnRegisterNotification(NOTIFYPROC proc, void* param, int code) {
-    auto& regs = registry();
-    for (auto it = regs.begin(); it != regs.end(); ++it) {
-        if ((*it)->proc == proc && (*it)->param == param && (*it)->code == code) {
-            (*it)->alive = false;
-            regs.erase(it);
-            return 1;
-        }
-    }
-    return 0;
+    return registry().remove(Key{proc, param, code}) ? 1 : 0;
 }
 
 int UnRegisterNotification(NOTIFYPROC proc, void* param) {
-    auto& regs = registry();
-    int n = 0;
-    for (auto& r : regs)
-        if (r->proc == proc && r->param == param) { r->alive = false; ++n; }
-    regs.erase(std::remove_if(regs.begin(), regs.end(), [](auto& r) { return !r->alive; }), regs.end());
-    return n > 0 ? 1 : 0;
+    Registry& regs = registry();
+    bool any = false;
+    for (auto& [code, handlers] : regs.byCode)
+        if (regs.remove(Key{proc, param, code})) any = true;
+    return any ? 1 : 0;
 }
 
 void BroadcastNotification(int code) { BroadcastNotification(code, nullptr); }
 
 void BroadcastNotification(int code, void* callParam) {
-    std::vector<std::shared_ptr<Registration>> snapshot;
-    for (auto& r : registry())
-        if (r->code == code) snapshot.push_back(r);
+    Registry& regs = registry();
+    auto found = regs.byCode.find(code);
+    if (found == regs.byCode.end() || found->second.empty()) return;
+    const std::vector<std::shared_ptr<Registration>> snapshot(found->second.begin(), found->second.end());
     for (auto& r : snapshot) {
         if (!r->alive) continue;
         NotifyInfo info{code, callParam};

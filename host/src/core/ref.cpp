@@ -33,6 +33,30 @@ bool holdRecords() { return theHold.Holding() && !theHold.IsSuspended() && !theH
 
 }  // namespace
 
+namespace {
+
+// Where makers with many references hold their targets, so that finding the slot of one target does not scan
+// every slot of, say, a helper holding a hundred thousand records. Only slots from kSlotHintsFrom on are noted
+// (a short scan finds the others). Makers may move references between their slots without telling the host, so
+// a hint is checked before it is trusted, and a wrong one has the maker's hints taken afresh.
+constexpr int kSlotHintsFrom = 32;
+using SlotHints = std::unordered_map<ReferenceMaker*, std::unordered_map<ReferenceTarget*, int>>;
+SlotHints& slotHints() {
+    static auto* hints = new SlotHints();  // lives until the process ends
+    return *hints;
+}
+
+void forgetSlot(ReferenceMaker* maker, ReferenceTarget* target) {
+    SlotHints& hints = slotHints();
+    if (hints.empty()) return;
+    auto it = hints.find(maker);
+    if (it == hints.end()) return;
+    it->second.erase(target);
+    if (it->second.empty()) hints.erase(it);
+}
+
+}  // namespace
+
 // The both-ways bookkeeping of references: the maker's list of held targets and the target's dependents.
 struct RefBookkeeping {
     static void attach(ReferenceMaker* maker, ReferenceTarget* target) {
@@ -42,6 +66,7 @@ struct RefBookkeeping {
     static void detach(ReferenceMaker* maker, ReferenceTarget* target) {
         maker->held_.RemoveOne(target);
         target->deps_.RemoveOne(maker);
+        if (!maker->held_.Contains(target)) forgetSlot(maker, target);
     }
     static void dropDependent(ReferenceTarget* target, ReferenceMaker* maker) { target->deps_.RemoveOne(maker); }
     static bool isDependent(ReferenceTarget* target, ReferenceMaker* maker) { return target->deps_.Contains(maker); }
@@ -52,7 +77,42 @@ struct RefBookkeeping {
         if (target) attach(maker, target);
         maker->SetReference(which, target);
         if (old) detach(maker, old);
+        if (target && which >= kSlotHintsFrom) slotHints()[maker][target] = which;
         return old;
+    }
+    // Calls slot(i) for every slot i of maker that holds target. A target held once, at a noted slot, is found
+    // without a scan.
+    template <class F> static void forEachSlotHolding(ReferenceMaker* maker, ReferenceTarget* target, F slot) {
+        if (const int hinted = hintedSlot(maker, target); hinted >= 0) {
+            slot(hinted);
+            return;
+        }
+        for (int i = 0; i < maker->NumRefs(); ++i)
+            if (maker->GetReference(i) == target) slot(i);
+    }
+
+private:
+    // The noted slot of a target that the maker holds once; -1 when there is none to trust.
+    static int hintedSlot(ReferenceMaker* maker, ReferenceTarget* target) {
+        SlotHints& hints = slotHints();
+        if (hints.empty()) return -1;
+        auto it = hints.find(maker);
+        if (it == hints.end() || maker->held_.Count(target) != 1) return -1;
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            auto found = it->second.find(target);
+            if (found == it->second.end()) return -1;
+            const int i = found->second;
+            if (i < maker->NumRefs() && maker->GetReference(i) == target) return i;
+            if (attempt == 0) renote(maker, it->second);
+        }
+        return -1;
+    }
+    // Takes the maker's hints afresh from its slots.
+    static void renote(ReferenceMaker* maker, std::unordered_map<ReferenceTarget*, int>& noted) {
+        noted.clear();
+        const int count = maker->NumRefs();
+        for (int i = kSlotHintsFrom; i < count; ++i)
+            if (ReferenceTarget* t = maker->GetReference(i)) noted.emplace(t, i);
     }
 };
 
@@ -161,6 +221,7 @@ ReferenceMaker::~ReferenceMaker() {
     std::vector<ReferenceTarget*> held(held_.begin(), held_.end());
     const std::vector<ReferenceTarget*> distinct = held_.Unique();
     held_.Clear();
+    slotHints().erase(this);
     for (ReferenceTarget* t : held) RefBookkeeping::dropDependent(t, this);
     autoDeleteEach(distinct);
 }
@@ -192,9 +253,16 @@ RefResult ReferenceMaker::DeleteAllRefsFromMe() {
 }
 
 int ReferenceMaker::FindRef(RefTargetHandle rtarg) {
-    for (int i = 0; i < NumRefs(); ++i)
-        if (GetReference(i) == rtarg) return i;
-    return -1;
+    if (!rtarg) {
+        for (int i = 0; i < NumRefs(); ++i)
+            if (!GetReference(i)) return i;
+        return -1;
+    }
+    int first = -1;
+    RefBookkeeping::forEachSlotHolding(this, rtarg, [&first](int i) {
+        if (first < 0) first = i;
+    });
+    return first;
 }
 
 bool DependentEnumProc::Visited(ReferenceMaker* rmaker) {
@@ -217,10 +285,10 @@ ReferenceTarget::~ReferenceTarget() {
     // Nobody may keep pointing at a destroyed target: clear every slot that still holds it.
     std::vector<ReferenceMaker*> deps = uniqueInOrder(deps_);
     for (ReferenceMaker* m : deps) {
-        for (int i = 0; i < m->NumRefs(); ++i)
-            if (m->GetReference(i) == this) m->SetReference(i, nullptr);
+        RefBookkeeping::forEachSlotHolding(m, this, [m](int i) { m->SetReference(i, nullptr); });
         while (m->held_.RemoveOne(this)) {
         }
+        forgetSlot(m, this);
     }
     deps_.Clear();
 }
@@ -278,8 +346,9 @@ RefResult ReferenceTarget::TransferReferences(RefTargetHandle oldTarget, BOOL de
     if (!oldTarget || oldTarget == this) return REF_FAIL;
     for (ReferenceMaker* m : uniqueInOrder(oldTarget->deps_)) {
         if (m == this || !RefBookkeeping::isDependent(oldTarget, m)) continue;
-        for (int i = 0; i < m->NumRefs(); ++i)
-            if (m->GetReference(i) == oldTarget && m->CanTransferReference(i)) m->ReplaceReference(i, this, FALSE);
+        RefBookkeeping::forEachSlotHolding(m, oldTarget, [m, this](int i) {
+            if (m->CanTransferReference(i)) m->ReplaceReference(i, this, FALSE);
+        });
     }
     if (delOld) oldTarget->MaybeAutoDelete();
     return REF_SUCCEED;
@@ -287,8 +356,7 @@ RefResult ReferenceTarget::TransferReferences(RefTargetHandle oldTarget, BOOL de
 
 RefResult ReferenceTarget::DeleteAllRefsToMe() {
     for (ReferenceMaker* m : uniqueInOrder(deps_)) {
-        for (int i = 0; i < m->NumRefs(); ++i)
-            if (m->GetReference(i) == this) m->ReplaceReference(i, nullptr, FALSE);
+        RefBookkeeping::forEachSlotHolding(m, this, [m](int i) { m->ReplaceReference(i, nullptr, FALSE); });
         // Slots the maker no longer shows: drop the bookkeeping too.
         while (RefBookkeeping::isDependent(this, m)) RefBookkeeping::detach(m, this);
     }
