@@ -189,7 +189,7 @@ private:
 void FailLoad(VandrelsHelper* helper, LoadWork& work, int step, const MAXException* cause,
               BatchScope& batch) {
     work.ListenForLayers(false);
-    work.ListenForNodes(false);
+    work.ListenForAddedNodes(false);
     work.mergedNodes.Compact();
     work.toDelete.Compact();
     wchar_t count[64];
@@ -234,6 +234,8 @@ int VandrelsHelper::Load() {
         MaxSDK::PerformanceTools::Timer mergeTimer, initTimer;
         double mergeTime = 0, initTime = 0;
         bool merged = false;
+        // What the merge step collected before it failed, if it did.
+        Tab<INode*> mergedByStep;
         try {
             DropBareRecords(this, refNodes, VH_FIRST_RECORD_REF);
             DropBareRecords(this, refMaterials, VH_FIRST_RECORD_REF + refNodes.Count());
@@ -242,9 +244,9 @@ int VandrelsHelper::Load() {
             work.RememberPreLayers();
             if (timing) mergeTimer.StartTimer();
             const MSTR path = ChooseReferenceFile(this);
-            Tab<INode*> mergedNodes;
-            merged = MergeReferenceFile(this, path, mergedNodes) != 0;
-            for (INode* node : mergedNodes) work.mergedNodes.Append(node);
+            merged = MergeReferenceFile(this, path, mergedByStep) != 0;
+            for (INode* node : mergedByStep) work.mergedNodes.Append(node);
+            mergedByStep.ZeroCount();
             if (!merged) {
                 fileTime = 0;
             } else {
@@ -278,7 +280,7 @@ int VandrelsHelper::Load() {
                 MonitorMaterials(this, work, newMaterials);
                 step = IDS_STEP_LOAD_MATERIALS_MONITORED;
 
-                work.ListenForNodes(true);
+                work.ListenForAddedNodes(true);
                 CollectNodesToDelete(this, work);
                 step = IDS_STEP_LOAD_NODES_TO_DELETE_COLLECTED;
                 duplicatesFound = MonitorNodes(this, work);
@@ -294,7 +296,7 @@ int VandrelsHelper::Load() {
                 }
                 AddMaterialsToScene(newMaterials);
                 step = IDS_STEP_LOAD_MATERIALS_ADDED_TO_SCENE;
-                work.ListenForNodes(false);
+                work.ListenForAddedNodes(false);
                 work.toDelete.Compact();
                 DeleteNodes(work.toDelete.Nodes(), true);
                 work.toDelete.Clear();
@@ -311,9 +313,11 @@ int VandrelsHelper::Load() {
                 step = IDS_STEP_LOAD_PRE_LOADED;
             }
         } catch (const MAXException& e) {
+            for (INode* node : mergedByStep) work.mergedNodes.Append(node);
             FailLoad(this, work, step, &e, batch);
             merged = false;
         } catch (...) {
+            for (INode* node : mergedByStep) work.mergedNodes.Append(node);
             FailLoad(this, work, step, nullptr, batch);
             merged = false;
         }

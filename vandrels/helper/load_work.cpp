@@ -35,9 +35,12 @@ void NodeList::Clear() {
     where_.clear();
 }
 
+LoadWork::LoadWork() { RegisterNotification(onNodeDeleted, this, NOTIFY_SCENE_PRE_DELETED_NODE); }
+
 LoadWork::~LoadWork() {
     ListenForLayers(false);
-    ListenForNodes(false);
+    ListenForAddedNodes(false);
+    UnRegisterNotification(onNodeDeleted, this, NOTIFY_SCENE_PRE_DELETED_NODE);
     FreeLayers();
 }
 
@@ -100,25 +103,19 @@ void LoadWork::FreeLayers() {
 void LoadWork::ListenForLayers(bool on) {
     if (on == layersListening_) return;
     layersListening_ = on;
-    if (on) {
+    if (on)
         RegisterNotification(onLayerDeleted, this, NOTIFY_LAYER_DELETED);
-        RegisterNotification(onNodeDeleted, this, NOTIFY_SCENE_PRE_DELETED_NODE);
-    } else {
+    else
         UnRegisterNotification(onLayerDeleted, this, NOTIFY_LAYER_DELETED);
-        if (!nodesListening_) UnRegisterNotification(onNodeDeleted, this, NOTIFY_SCENE_PRE_DELETED_NODE);
-    }
 }
 
-void LoadWork::ListenForNodes(bool on) {
-    if (on == nodesListening_) return;
-    nodesListening_ = on;
-    if (on) {
-        if (!layersListening_) RegisterNotification(onNodeDeleted, this, NOTIFY_SCENE_PRE_DELETED_NODE);
+void LoadWork::ListenForAddedNodes(bool on) {
+    if (on == addedListening_) return;
+    addedListening_ = on;
+    if (on)
         RegisterNotification(onNodeAdded, this, NOTIFY_SCENE_ADDED_NODE);
-    } else {
+    else
         UnRegisterNotification(onNodeAdded, this, NOTIFY_SCENE_ADDED_NODE);
-        if (!layersListening_) UnRegisterNotification(onNodeDeleted, this, NOTIFY_SCENE_PRE_DELETED_NODE);
-    }
 }
 
 void LoadWork::onLayerDeleted(void* param, NotifyInfo* info) {
@@ -149,10 +146,8 @@ void LoadWork::onNodeDeleted(void* param, NotifyInfo* info) {
             work->nodeLayer_.erase(it);
         }
     }
-    if (work->nodesListening_) {
-        work->mergedNodes.Remove(node);
-        work->toDelete.Remove(node);
-    }
+    work->mergedNodes.Remove(node);
+    work->toDelete.Remove(node);
 }
 
 void LoadWork::onNodeAdded(void* param, NotifyInfo* info) {

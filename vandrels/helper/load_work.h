@@ -36,7 +36,7 @@ private:
 
 class LoadWork {
 public:
-    LoadWork() = default;
+    LoadWork();
     ~LoadWork();
     LoadWork(const LoadWork&) = delete;
     LoadWork& operator=(const LoadWork&) = delete;
@@ -55,10 +55,12 @@ public:
     void CompactLayers();
     void FreeLayers();
 
-    // Listening: layers and their nodes (notifications 149 and 68) from the layer collection to the layer
-    // monitoring; the node lists (67 and 68) while records are bound and nodes deleted.
+    // Listening. A deleted node (68) leaves the node lists for the whole load, so that no list ever holds a node
+    // that is gone; it leaves the layers' node lists from the layer collection to the layer monitoring, when a
+    // deleted layer (149) leaves the merged layers too; a node added to the scene (67) joins the merged nodes
+    // while records are bound and nodes deleted.
     void ListenForLayers(bool on);
-    void ListenForNodes(bool on);
+    void ListenForAddedNodes(bool on);
 
 private:
     MergedLayer* layerEntry(ILayer* layer);
@@ -69,7 +71,7 @@ private:
     std::unordered_map<ILayer*, MergedLayer*> byLayer_;
     std::unordered_map<INode*, MergedLayer*> nodeLayer_;
     bool layersListening_ = false;
-    bool nodesListening_ = false;
+    bool addedListening_ = false;
 };
 
 }  // namespace vandrels
