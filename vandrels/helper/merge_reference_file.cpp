@@ -5,6 +5,8 @@
 #include "helper/helper_params.h"
 #include "helper/module_state.h"
 #include "helper/vandrels_helper.h"
+#include "ifnpub.h"
+#include "ilayer.h"
 #include "imtl.h"
 #include "inode.h"
 #include "maxapi.h"
@@ -100,10 +102,14 @@ Tab<MtlBase*> TakeSceneMaterials(MtlBaseLib* lib) {
 }
 
 // The merge's own steps, throwing on failure.
-void RunMerge(VandrelsHelper* helper, const MSTR& path, Tab<INode*>& mergedNodes, int& step) {
+void RunMerge(VandrelsHelper* helper, const MSTR& path, Tab<INode*>& mergedNodes, int& step, bool& layerOption) {
     Interface* ip = GetCOREInterface();
     RunScript(L"VDLRD=LayerManager.GetDuplicateLayerWithoutSameHierarchyOnMerge();"
               L"LayerManager.setDuplicateLayerWithoutSameHierarchyOnMerge false persist:false");
+    // The script global is shared by nested merges: this merge keeps its own copy of the option it found.
+    FPValue found;
+    if (ExecuteMAXScriptScript(L"VDLRD", MAXScript::ScriptSource::NotSpecified, TRUE, &found) && found.type == TYPE_BOOL)
+        layerOption = found.i != 0;
     step = IDS_STEP_MERGE_INITIALIZED;
 
     // The scene's materials are kept out of the library while the merge runs and put back afterwards, also when
@@ -192,8 +198,9 @@ int MergeReferenceFile(VandrelsHelper* helper, const MSTR& path, Tab<INode*>& me
         if (cause) message += L"\n\n" + cause->message;
         return message;
     };
+    bool layerOption = ip->GetLayerManager() && ip->GetLayerManager()->GetDuplicateLayerWithoutSameHierarchyOnMerge();
     try {
-        RunMerge(helper, path, mergedNodes, step);
+        RunMerge(helper, path, mergedNodes, step, layerOption);
     } catch (const MAXException& e) {
         popStack();
         throw MAXException(compose(L"Error Merging File", &e), 0);
@@ -202,6 +209,7 @@ int MergeReferenceFile(VandrelsHelper* helper, const MSTR& path, Tab<INode*>& me
         throw MAXException(compose(L"Unknown Error Merging File", nullptr), 0);
     }
     popStack();
+    RunScript(layerOption ? L"VDLRD=true" : L"VDLRD=false");
     RunScript(L"LayerManager.setDuplicateLayerWithoutSameHierarchyOnMerge VDLRD persist:false");
     return 1;
 }
