@@ -121,7 +121,7 @@ public:
     // Whether a change of this part leaves the record clean: the structural and display-only parts, or any
     // part while the module's monitor is suspended.
     bool IsIgnoredPart(PartID partID);
-    // Marks the record Modified (undoable) unless it is already.
+    // Marks the record Modified (undoable) unless it is already, and makes it the record for its path.
     void MarkModified();
     // Marks every other record that holds the same animatable Modified (undoable).
     void MarkSharersModified();

@@ -33,7 +33,8 @@ bool RefAnim::IsIgnoredPart(PartID partID) {
 
 void RefAnim::MarkModified() {
     if (!IsModified()) SetOverrideBits(kOverrideModified, true, true);
-    // the owner's taking this record as the record for its path arrives with the node record's path service
+    // The record takes over its path: the owner's other records at it or below it go.
+    if (owner_) owner_->DropRecordsUnderPath(path_, pathByNumber_, this);
 }
 
 void RefAnim::MarkSharersModified() {
