@@ -30,12 +30,20 @@ Registry& Reg() {
 
 }  // namespace
 
-void RegisterGlobalFunction(const std::wstring& name, NativeFn fn) {
+namespace {
+std::shared_ptr<FunctionData> MakeNative(const std::wstring& name, NativeFn fn) {
     auto data = std::make_shared<FunctionData>();
     data->name = name;
     data->native = std::move(fn);
-    Reg().functions[FoldCase(name)] = std::move(data);
+    return data;
 }
+}  // namespace
+
+void RegisterGlobalFunction(const std::wstring& name, NativeFn fn) {
+    Reg().functions[FoldCase(name)] = MakeNative(name, std::move(fn));
+}
+
+Value NativeFunction(const std::wstring& name, NativeFn fn) { return Value::Function(MakeNative(name, std::move(fn))); }
 
 void UnregisterGlobalFunction(const std::wstring& name) { Reg().functions.erase(FoldCase(name)); }
 

@@ -17,6 +17,8 @@ namespace hostrt::mxs {
 
 // ---- Global functions (case-insensitive names; a later registration of a name replaces the earlier one).
 void RegisterGlobalFunction(const std::wstring& name, NativeFn fn);
+// A function value that runs fn (a method handed out by a native object's property, for instance).
+Value NativeFunction(const std::wstring& name, NativeFn fn);
 void UnregisterGlobalFunction(const std::wstring& name);
 // The registered function of that name as a function value; nullopt when none.
 std::optional<Value> FindGlobalFunction(const std::wstring& name);

@@ -18,12 +18,7 @@ namespace {
 
 ILayerManager* Manager() { return GetCOREInterface()->GetLayerManager(); }
 
-Value Method(const std::wstring& name, NativeFn fn) {
-    auto data = std::make_shared<FunctionData>();
-    data->name = name;
-    data->native = std::move(fn);
-    return Value::Function(std::move(data));
-}
+Value Method(const std::wstring& name, NativeFn fn) { return NativeFunction(name, std::move(fn)); }
 
 ILayer* AsLayer(const Value& v) {
     ILayer* layer = v.Is(Kind::HostObject) ? dynamic_cast<ILayer*>(v.Anim()) : nullptr;

@@ -30,6 +30,7 @@ void RegisterSceneBuiltins() {
         RegisterSceneSetFunctions();
         RegisterSceneFileFunctions();
         RegisterSceneAnimationFunctions();
+        RegisterSceneActionFunctions();
     });
 }
 

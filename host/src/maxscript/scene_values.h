@@ -25,6 +25,7 @@ void RegisterSceneLayerFunctions();      // LayerManager and layers
 void RegisterSceneSetFunctions();        // named selection sets
 void RegisterSceneFileFunctions();       // save, load, reset, merge, saveNodes, render
 void RegisterSceneAnimationFunctions();  // controllers, keys, quat and eulerAngles values
+void RegisterSceneActionFunctions();     // actionMan
 
 // ---- Nodes.
 // The node a value holds; null for anything else (a deleted node throws the usual runtime error).
