@@ -132,6 +132,8 @@ public:
     // that are worth it, level by level; without parent everything moves (TransferAll), else every dependent
     // of old except parent.
     void TransferAnim(Animatable* oldAnim, Animatable* newAnim, Animatable* parent = nullptr);
+    // Transfers each pair of sub-anims of oldAnim and newAnim (by index) that is worth it.
+    void TransferSubAnims(Animatable* oldAnim, Animatable* newAnim);
     void TransferAll(Animatable* oldAnim, Animatable* newAnim);
     // maker replaces reference refIndex with anim (undoably); anim's dependents hear of it.
     void ReplaceSubRef(ReferenceMaker* maker, Animatable* anim, int refIndex);

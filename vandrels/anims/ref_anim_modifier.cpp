@@ -117,13 +117,7 @@ void RefAnim::TransferModifier(Animatable* oldAnim, Animatable* newAnim) {
     auto* oldT = dynamic_cast<ReferenceTarget*>(oldAnim);
     auto* newT = dynamic_cast<ReferenceTarget*>(newAnim);
     if (!oldT || !newT || oldT == newT) return;
-    const int subs = std::min(oldAnim->NumSubs(), newAnim->NumSubs());
-    for (int i = 0; i < subs; ++i) {
-        Animatable* oldSub = oldAnim->SubAnim(i);
-        Animatable* newSub = newAnim->SubAnim(i);
-        if (oldSub && newSub && oldSub != newSub && IsWorthTransferring(oldSub, newSub, oldAnim))
-            TransferAnim(oldSub, newSub, oldAnim);
-    }
+    TransferSubAnims(oldAnim, newAnim);
     // The stacks keep their modifier: the override puts the new one in beside it and then drops the old one.
     // This host's derived objects reference their modifiers themselves, so they are passed over too.
     std::vector<ReferenceMaker*> dependents;

@@ -40,10 +40,7 @@ void NotifyStructureAndChange(ReferenceTarget* target) {
     target->NotifyDependents(FOREVER, kTransferPart, REFMSG_CHANGE);
 }
 
-void RefAnim::TransferAnim(Animatable* oldAnim, Animatable* newAnim, Animatable* parent) {
-    auto* oldT = dynamic_cast<ReferenceTarget*>(oldAnim);
-    auto* newT = dynamic_cast<ReferenceTarget*>(newAnim);
-    if (!oldT || !newT || oldT == newT) return;
+void RefAnim::TransferSubAnims(Animatable* oldAnim, Animatable* newAnim) {
     const int subs = std::min(oldAnim->NumSubs(), newAnim->NumSubs());
     for (int i = 0; i < subs; ++i) {
         Animatable* oldSub = oldAnim->SubAnim(i);
@@ -51,6 +48,13 @@ void RefAnim::TransferAnim(Animatable* oldAnim, Animatable* newAnim, Animatable*
         if (oldSub && newSub && oldSub != newSub && IsWorthTransferring(oldSub, newSub, oldAnim))
             TransferAnim(oldSub, newSub, oldAnim);
     }
+}
+
+void RefAnim::TransferAnim(Animatable* oldAnim, Animatable* newAnim, Animatable* parent) {
+    auto* oldT = dynamic_cast<ReferenceTarget*>(oldAnim);
+    auto* newT = dynamic_cast<ReferenceTarget*>(newAnim);
+    if (!oldT || !newT || oldT == newT) return;
+    TransferSubAnims(oldAnim, newAnim);
     if (!parent) {
         TransferAll(oldAnim, newAnim);
         return;
