@@ -10,15 +10,10 @@
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
-#include <unistd.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
-namespace fs = std::filesystem;
 using hostrt::BoxOutcome;
 using hostrt::DialogAction;
 using hostrt::DialogService;
@@ -96,17 +91,6 @@ protected:
 
     void* lib_ = dlopen((std::string(MAXHOST_PLUGIN_DIR) + "/HostSample.dlo").c_str(), RTLD_NOW | RTLD_LOCAL);
 };
-
-// Runs hostrc on a script; answers its exit status and what it wrote to stderr.
-int RunCompiler(const fs::path& script, const fs::path& out, std::string& errors) {
-    const fs::path log = out.string() + ".log";
-    const std::string cmd = std::string(MAXHOST_BIN_DIR) + "/hostrc " + script.string() + " " + out.string() +
-                            " 2> " + log.string();
-    const int status = std::system(cmd.c_str());
-    std::ifstream in(log);
-    errors.assign(std::istreambuf_iterator<char>(in), {});
-    return WEXITSTATUS(status);
-}
 
 }  // namespace
 
@@ -278,31 +262,4 @@ TEST_F(DialogTest, ClosingUnendedDialogsQuietModeAndMissingTemplates) {
     EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
     EXPECT_TRUE(none.messages.empty());
     EXPECT_EQ(service.Dialogs().size(), before);
-}
-
-TEST(DialogCompiler, ReportsTemplateMistakesWithFileAndLine) {
-    const fs::path dir = fs::temp_directory_path() / ("hostrc-dialog-test-" + std::to_string(::getpid()));
-    fs::create_directories(dir);
-    struct Case {
-        const char* script;
-        const char* message;
-    } cases[] = {
-        {"5 DIALOGEX 0, 0, 10, 10\nBEGIN\n  BUTTONX \"a\", 1, 0, 0, 5, 5\nEND\n", ":3: unknown control statement 'BUTTONX'"},
-        {"5 DIALOGEX 0, 0, 10, 10\nBEGIN\n  LTEXT \"a\" 1, 0, 0, 5, 5\nEND\n", ":3: ',' is expected after the control text"},
-        {"5 DIALOG 0, 0, 10, 10\nBEGIN\nEND\n5 DIALOG 0, 0, 10, 10\nBEGIN\nEND\n", ":4: dialog id 5 is defined twice"},
-        {"5 DIALOG 0, 0, 10, 10\nSTYLE WS_NOPE\nBEGIN\nEND\n", ":2: unknown identifier WS_NOPE"},
-        {"5 DIALOG 0, 0, 10, 10\nBEGIN\n  EDITTEXT 70000, 0, 0, 5, 5\nEND\n", ":3: control id 70000 is out of range"},
-        {"5 DIALOG 0, 0, 10, 10\nBEGIN\n  EDITTEXT 7, 0, 0, 5, 5\n", "dialog 5 is not closed"},
-        {"5 DIALOG 0, 0, 10, 10\nSIZE 4\nBEGIN\nEND\n", ":2: unknown dialog option 'SIZE' in dialog 5"},
-    };
-    for (const Case& c : cases) {
-        const fs::path script = dir / "bad.rc";
-        std::ofstream(script) << c.script;
-        const fs::path out = dir / "bad.cpp";
-        std::string errors;
-        EXPECT_EQ(RunCompiler(script, out, errors), 1) << c.script;
-        EXPECT_NE(errors.find(c.message), std::string::npos) << errors;
-        EXPECT_FALSE(fs::exists(out));
-    }
-    fs::remove_all(dir);
 }

@@ -54,6 +54,7 @@ TEST(Resources, StringsComeFromTheLibraryTable) {
     EXPECT_EQ(LoadStringW(nullptr, 1, buf, 512), 0);
 }
 
+// String tables and dialog templates alike.
 TEST(Resources, CompilerReportsMistakesWithFileAndLine) {
     const fs::path dir = fs::temp_directory_path() / ("hostrc-test-" + std::to_string(::getpid()));
     fs::create_directories(dir);
@@ -66,6 +67,13 @@ TEST(Resources, CompilerReportsMistakesWithFileAndLine) {
         {"STRINGTABLE\nBEGIN\n  2 \"open\nEND\n", ":3: unterminated string"},
         {"STRINGTABLE\nBEGIN\n  3 \"a\"\n", "STRINGTABLE is not closed"},
         {"#include \"missing.h\"\n", "missing.h: cannot be read"},
+        {"5 DIALOGEX 0, 0, 10, 10\nBEGIN\n  BUTTONX \"a\", 1, 0, 0, 5, 5\nEND\n", ":3: unknown control statement 'BUTTONX'"},
+        {"5 DIALOGEX 0, 0, 10, 10\nBEGIN\n  LTEXT \"a\" 1, 0, 0, 5, 5\nEND\n", ":3: ',' is expected after the control text"},
+        {"5 DIALOG 0, 0, 10, 10\nBEGIN\nEND\n5 DIALOG 0, 0, 10, 10\nBEGIN\nEND\n", ":4: dialog id 5 is defined twice"},
+        {"5 DIALOG 0, 0, 10, 10\nSTYLE WS_NOPE\nBEGIN\nEND\n", ":2: unknown identifier WS_NOPE"},
+        {"5 DIALOG 0, 0, 10, 10\nBEGIN\n  EDITTEXT 70000, 0, 0, 5, 5\nEND\n", ":3: control id 70000 is out of range"},
+        {"5 DIALOG 0, 0, 10, 10\nBEGIN\n  EDITTEXT 7, 0, 0, 5, 5\n", "dialog 5 is not closed"},
+        {"5 DIALOG 0, 0, 10, 10\nSIZE 4\nBEGIN\nEND\n", ":2: unknown dialog option 'SIZE' in dialog 5"},
     };
     for (const Case& c : cases) {
         const fs::path script = dir / "bad.rc";

@@ -55,13 +55,6 @@ template <class Record> void DropBareRecords(VandrelsHelper* helper, Tab<Record*
     }
 }
 
-RefMaterial* AddMaterialRecord(VandrelsHelper* helper, Mtl* mtl) {
-    auto* record = new RefMaterial(mtl, helper);
-    helper->refMaterials.Append(nullptr);
-    helper->ReplaceReference(VH_FIRST_RECORD_REF + helper->refNodes.Count() + helper->refMaterials.Count() - 1, record);
-    return record;
-}
-
 // Matches merged materials to the helper's material records by their names in the reference file.
 void MonitorMaterials(VandrelsHelper* helper, LoadWork& work, Tab<Mtl*>& newMaterials) {
     helper->pendingRecords.ZeroCount();
@@ -76,7 +69,7 @@ void MonitorMaterials(VandrelsHelper* helper, LoadWork& work, Tab<Mtl*>& newMate
         if (it != byName.end())
             it->second->Update(mtl);
         else
-            AddMaterialRecord(helper, mtl);
+            AppendMaterialRecord(helper, mtl);
     }
 }
 

@@ -29,16 +29,6 @@ constexpr int kReloadAlwaysRadio = 1030;
 constexpr int kReloadIfChangedRadio = 1031;
 constexpr int kReloadManuallyRadio = 1032;
 
-// Sets accessorEnabled to 0 for its lifetime and back to 1 on every way out.
-class AccessorOff {
-public:
-    explicit AccessorOff(VandrelsHelper* helper) : helper_(helper) { helper_->accessorEnabled = 0; }
-    ~AccessorOff() { helper_->accessorEnabled = 1; }
-
-private:
-    VandrelsHelper* helper_;
-};
-
 // Suspends the undo system for its lifetime when it is holding.
 class HoldSuspended {
 public:
@@ -70,13 +60,13 @@ public:
             }
             break;
         case vh_file_name: {
-            AccessorOff off(helper);
+            AccessorOffScope off(helper);
             helper->Reload();
             break;
         }
         case vh_proxy_file_name:
             if (pb->GetInt(vh_use_proxy_in_viewport)) {
-                AccessorOff off(helper);
+                AccessorOffScope off(helper);
                 helper->Reload();
             }
             break;
@@ -100,12 +90,12 @@ public:
             break;
         }
         case vh_reload_if_changed: {
-            AccessorOff off(helper);
+            AccessorOffScope off(helper);
             pb->SetValue(vh_persist_reload_type, t, v.i ? 1 : 0);
             break;
         }
         case vh_persist_reload_type: {
-            AccessorOff off(helper);
+            AccessorOffScope off(helper);
             pb->SetValue(vh_reload_if_changed, t, v.i == 1 ? TRUE : FALSE);
             break;
         }

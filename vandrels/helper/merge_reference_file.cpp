@@ -155,16 +155,20 @@ void RunMerge(VandrelsHelper* helper, const MSTR& path, Tab<INode*>& mergedNodes
 
 }  // namespace
 
-MSTR ChooseReferenceFile(VandrelsHelper* helper) {
+MSTR ReferenceFilePath(VandrelsHelper* helper, bool proxy) {
     IParamBlock2* pb = helper ? helper->pblock : nullptr;
     if (!pb) return MSTR();
-    Interface* ip = GetCOREInterface();
-    const bool viewport = !IsRendering() && !ip->IsNetServer();
-    const bool proxy = pb->GetInt(viewport ? vh_use_proxy_in_viewport : vh_use_proxy_in_render) != 0;
     const MCHAR* name = pb->GetStr(proxy ? vh_proxy_file_name : vh_file_name);
     MSTR full;
     MaxSDK::AssetManagement::AssetUser(MSTR(name ? name : L""), VH_FILE_ASSET_TYPE).GetFullFilePath(full);
     return full;
+}
+
+MSTR ChooseReferenceFile(VandrelsHelper* helper) {
+    IParamBlock2* pb = helper ? helper->pblock : nullptr;
+    if (!pb) return MSTR();
+    const bool viewport = !IsRendering() && !GetCOREInterface()->IsNetServer();
+    return ReferenceFilePath(helper, pb->GetInt(viewport ? vh_use_proxy_in_viewport : vh_use_proxy_in_render) != 0);
 }
 
 int MergeReferenceFile(VandrelsHelper* helper, const MSTR& path, Tab<INode*>& mergedNodes) {

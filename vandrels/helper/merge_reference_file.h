@@ -10,6 +10,9 @@ class VandrelsHelper;
 
 namespace vandrels {
 
+// The helper's proxy file or main file as a full path (empty when the helper names none).
+MSTR ReferenceFilePath(VandrelsHelper* helper, bool proxy);
+
 // The file a load merges: the proxy or the main file, by the helper's proxy settings for viewport or render;
 // resolved to a full path (empty when the helper names no file).
 MSTR ChooseReferenceFile(VandrelsHelper* helper);

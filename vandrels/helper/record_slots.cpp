@@ -1,6 +1,7 @@
 #include "helper/record_slots.h"
 
 #include "helper/vandrels_helper.h"
+#include "records/ref_material.h"
 #include "records/ref_node.h"
 
 namespace vandrels {
@@ -9,6 +10,13 @@ RefNode* AppendNodeRecord(VandrelsHelper* helper, INode* node) {
     auto* record = new RefNode(node, helper);
     helper->refNodes.Append(nullptr);
     helper->ReplaceReference(VH_FIRST_RECORD_REF + helper->refNodes.Count() - 1, record);
+    return record;
+}
+
+RefMaterial* AppendMaterialRecord(VandrelsHelper* helper, Mtl* mtl) {
+    auto* record = new RefMaterial(mtl, helper);
+    helper->refMaterials.Append(nullptr);
+    helper->ReplaceReference(VH_FIRST_RECORD_REF + helper->refNodes.Count() + helper->refMaterials.Count() - 1, record);
     return record;
 }
 

@@ -3,6 +3,8 @@
 #pragma once
 
 class INode;
+class Mtl;
+class RefMaterial;
 class RefNode;
 class VandrelsHelper;
 
@@ -11,5 +13,7 @@ namespace vandrels {
 // A new node record for node owned by helper, appended after the helper's node records. Throws MAXException
 // when the record cannot be made.
 RefNode* AppendNodeRecord(VandrelsHelper* helper, INode* node);
+// The same for a material record, appended after the material records.
+RefMaterial* AppendMaterialRecord(VandrelsHelper* helper, Mtl* mtl);
 
 }  // namespace vandrels

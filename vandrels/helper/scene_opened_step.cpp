@@ -1,8 +1,8 @@
 #include "helper/scene_opened_step.h"
 
-#include "assetmanagement.h"
 #include "helper/file_time.h"
 #include "helper/helper_params.h"
+#include "helper/merge_reference_file.h"
 #include "helper/module_state.h"
 #include "helper/reference_batch.h"
 #include "helper/vandrels_helper.h"
@@ -19,11 +19,7 @@ bool ShouldLoadHere(VandrelsHelper* helper) {
 
 // The file whose time tells whether a persisted reference changed: the proxy when the viewport shows it.
 MSTR PersistedFile(VandrelsHelper* helper) {
-    IParamBlock2* pb = helper->pblock;
-    const MCHAR* name = pb->GetStr(pb->GetInt(vh_use_proxy_in_viewport) ? vh_proxy_file_name : vh_file_name);
-    MSTR full;
-    MaxSDK::AssetManagement::AssetUser(MSTR(name ? name : L""), VH_FILE_ASSET_TYPE).GetFullFilePath(full);
-    return full;
+    return ReferenceFilePath(helper, helper->pblock->GetInt(vh_use_proxy_in_viewport) != 0);
 }
 
 void ProcessHelper(VandrelsHelper* helper) {

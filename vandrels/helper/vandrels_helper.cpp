@@ -100,10 +100,8 @@ void VandrelsHelper::ReconcileReloadParameters() {
     const int reloadType = pblock->GetInt(vh_persist_reload_type);
     const int reloadIfChanged = pblock->GetInt(vh_reload_if_changed) ? 1 : 0;
     if ((reloadType == 0 || reloadType == 1) && reloadType != reloadIfChanged) {
-        const int saved = accessorEnabled;
-        accessorEnabled = 0;
+        AccessorOffScope off(this);
         pblock->SetValue(vh_persist_reload_type, 0, reloadIfChanged);
-        accessorEnabled = saved;
     }
 }
 

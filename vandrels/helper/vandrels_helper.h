@@ -68,8 +68,6 @@ public:
     IParamBlock2* GetParamBlock(int i) override { return i == 0 ? pblock : nullptr; }
     IParamBlock2* GetParamBlockByID(short id) override { return id == 0 ? pblock : nullptr; }
     int NumParamBlocks() override { return 1; }
-    int GetAccessorEnabled() const { return accessorEnabled; }
-    void SetAccessorEnabled(int enabled) { accessorEnabled = enabled; }
     // Brings PersistReloadType in step with ReloadIfChanged (a reload type of 2 is left alone).
     void ReconcileReloadParameters();
 
@@ -142,6 +140,21 @@ private:
     void clearRecordBackPointer(ReferenceTarget* record);
     void setRecordBackPointer(ReferenceTarget* record);
     void freeLists();
+};
+
+// Switches the helper's reaction to its own parameter writes off for its lifetime, then back as it was.
+class AccessorOffScope {
+public:
+    explicit AccessorOffScope(VandrelsHelper* helper) : helper_(helper), saved_(helper->accessorEnabled) {
+        helper_->accessorEnabled = 0;
+    }
+    ~AccessorOffScope() { helper_->accessorEnabled = saved_; }
+    AccessorOffScope(const AccessorOffScope&) = delete;
+    AccessorOffScope& operator=(const AccessorOffScope&) = delete;
+
+private:
+    VandrelsHelper* helper_;
+    int saved_;
 };
 
 // The helper's parameter block descriptor.

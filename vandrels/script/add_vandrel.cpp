@@ -23,18 +23,6 @@ namespace vandrels {
 
 namespace {
 
-// Switches the helper's reaction to its own parameter writes off for its lifetime.
-class AccessorOff {
-public:
-    explicit AccessorOff(VandrelsHelper* helper) : helper_(helper) { helper_->SetAccessorEnabled(0); }
-    ~AccessorOff() { helper_->SetAccessorEnabled(1); }
-    AccessorOff(const AccessorOff&) = delete;
-    AccessorOff& operator=(const AccessorOff&) = delete;
-
-private:
-    VandrelsHelper* helper_;
-};
-
 // The file's name, unique among the other helper nodes of the scene (case-sensitive). A file name that gives
 // no name (empty, or a folder) names the node after the helper class.
 MSTR UniqueHelperName(INode* node, const MCHAR* fileName) {
@@ -66,7 +54,7 @@ INode* AddVandrel(const MCHAR* fileName, const MCHAR* proxyFileName, bool load, 
     }
 
     {
-        AccessorOff accessorOff(helper);
+        AccessorOffScope accessorOff(helper);
         IParamBlock2* pblock = helper->GetParamBlock(0);
         if (!pblock) throw MAXException(MSTR(L"The VandrelsHelper of ") + fileName + L" has no parameter block");
         pblock->SetValue(vh_active, 0, active ? 1 : 0);
