@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages this project builds and tests with, when they are missing.
 set -euo pipefail
-packages=(cmake g++ make libgtest-dev libgmock-dev pkg-config)
+packages=(cmake g++ make libgtest-dev libgmock-dev pkg-config ccache)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
