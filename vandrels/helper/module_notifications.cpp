@@ -1,9 +1,9 @@
 #include "helper/module_notifications.h"
 
 #include "helper/module_state.h"
-#include "inode.h"
+#include "helper/scene_events.h"
+#include "helper/scene_save.h"
 #include "notify.h"
-#include "records/scene_utils.h"
 
 namespace vandrels {
 namespace {
@@ -18,29 +18,17 @@ void OnSceneAboutToChange(void*, NotifyInfo* info) {
     SetOperationMode(kModeIdle);
 }
 
-// 10: the manager window's follow-up once a scene is open; the manager window brings it.
-void OnSceneOpened(void*, NotifyInfo*) {}
-
-// 13, 14: the saving pipeline takes referenced content out before the host writes and puts it back after;
-// it comes with the saving pipeline.
-void OnPreSave(void*, NotifyInfo*) {}
-void OnPostSave(void*, NotifyInfo*) {}
+// 13, 14: the saving pipeline takes referenced content out before the host writes and puts it back after.
+void OnPreSave(void*, NotifyInfo* info) { PreSave(info); }
+void OnPostSave(void*, NotifyInfo* info) { PostSave(info); }
 
 // 20, 21: the rendering flag. Switching the references whose proxy differs between viewport and render comes
 // with the reload operations.
 void OnPreRender(void*, NotifyInfo*) { SetRendering(true); }
 void OnPostRender(void*, NotifyInfo*) { SetRendering(false); }
 
-// Scene events (node links, layers, renames, property changes, selection sets, deletions): the event
-// reactions forward them to the records; they come with the scene event handling.
-void OnSceneEvent(void*, NotifyInfo*) {}
-
-// 153: the user renamed a node; a node record takes the new name as its local name.
-void OnNodeRenamed(void*, NotifyInfo* info) {
-    if (GetOperationMode() != kModeIdle || !info || !info->callParam) return;
-    const auto* change = static_cast<const NameChange*>(info->callParam);
-    if (RefNode* record = FindNodeRecord(change->node)) record->OnNodeRenamed(MSTR(change->newName));
-}
+// Scene events (node links, layers, renames, property changes, selection sets, deletions) go to the records.
+void OnSceneEventProc(void*, NotifyInfo* info) { OnSceneEvent(info); }
 
 void OnNestingBegin(void*, NotifyInfo*) { SetNestingCounter(GetNestingCounter() + 1); }
 void OnNestingEnd(void*, NotifyInfo*) { SetNestingCounter(GetNestingCounter() - 1); }
@@ -54,16 +42,16 @@ struct Entry {
 };
 
 const Entry kTable[] = {
-    {5, OnSceneAboutToChange},  {7, OnSceneAboutToChange}, {9, OnSceneAboutToChange},
-    {10, OnSceneOpened},        {13, OnPreSave},           {14, OnPostSave},
-    {20, OnPreRender},          {21, OnPostRender},        {59, OnSceneEvent},
-    {64, OnSceneEvent},         {68, OnSceneEvent},        {130, OnSceneEvent},
-    {132, OnSceneEvent},        {150, OnSceneEvent},       {153, OnNodeRenamed},
-    {174, OnSceneEvent},        {184, OnSceneEvent},       {185, OnSceneEvent},
-    {188, OnSceneEvent},        {197, OnSceneEvent},       {199, OnSceneEvent},
-    {213, OnSceneEvent},        {214, OnSceneEvent},       {267, OnSceneEvent},
-    {103, OnNestingBegin},      {104, OnNestingEnd},       {113, OnMonitorSuspend},
-    {115, OnMonitorSuspend},    {114, OnMonitorResume},    {116, OnMonitorResume},
+    {5, OnSceneAboutToChange},  {7, OnSceneAboutToChange},  {9, OnSceneAboutToChange},
+    {10, OnSceneEventProc},     {13, OnPreSave},            {14, OnPostSave},
+    {20, OnPreRender},          {21, OnPostRender},         {59, OnSceneEventProc},
+    {64, OnSceneEventProc},     {68, OnSceneEventProc},     {130, OnSceneEventProc},
+    {132, OnSceneEventProc},    {150, OnSceneEventProc},    {153, OnSceneEventProc},
+    {174, OnSceneEventProc},    {184, OnSceneEventProc},    {185, OnSceneEventProc},
+    {188, OnSceneEventProc},    {197, OnSceneEventProc},    {199, OnSceneEventProc},
+    {213, OnSceneEventProc},    {214, OnSceneEventProc},    {267, OnSceneEventProc},
+    {103, OnNestingBegin},      {104, OnNestingEnd},        {113, OnMonitorSuspend},
+    {115, OnMonitorSuspend},    {114, OnMonitorResume},     {116, OnMonitorResume},
 };
 constexpr int kCount = int(sizeof(kTable) / sizeof(kTable[0]));
 

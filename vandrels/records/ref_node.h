@@ -85,6 +85,8 @@ public:
     int IsNodeLoaded() const { return nodeLoaded_; }
     void SetName(const MSTR& name) { referenceName_ = name; }
     std::uint32_t GetOverrideFlags() const { return overrideFlags_; }
+    // The local children the record keeps (nodes without records of their own attached under its node).
+    const Tab<INode*>& GetChildren() const { return children_; }
     // Sets the masked override bits, undoably while the host is holding.
     void SetOverrideFlags(std::uint32_t mask, std::uint32_t value);
 
