@@ -3,6 +3,7 @@
 #include "core/class_directory.h"
 #include "hold.h"
 #include "maxapi.h"
+#include "platform/host_dirs.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -14,6 +15,12 @@ namespace vtest {
 
 const hostrt::LoadedLibrary& VandrelsLibrary() {
     static const hostrt::LoadedLibrary* lib = [] {
+        // Each test runs in a process of its own, often beside another: a settings file per process keeps their
+        // settings apart.
+        static const std::filesystem::path ini =
+            std::filesystem::temp_directory_path() / ("vandrels_tests_" + std::to_string(::getpid()) + ".ini");
+        hostrt::SetIniPath(ini);
+        std::atexit([] { std::filesystem::remove(ini); });
         auto& pm = hostrt::PluginManager::Instance();
         std::string problem;
         const auto file = std::filesystem::path(MAXHOST_PLUGIN_DIR) / "Vandrels.dlo";
