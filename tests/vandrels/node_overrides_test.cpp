@@ -1,0 +1,368 @@
+// Node overrides on a loaded reference: each category is detected from the host's own edit (or from the node
+// message the scene events send for it), survives save and open (the reference merged afresh and the record
+// re-applying onto the new node), and is cleared by the reset entry that selects it. Also the undo of a detected
+// edit, the "Layer Override" step, the category filter by node kind and the step word of a failed re-application.
+#include "helper/vandrels_helper.h"
+#include "records/exclusion_lists.h"
+#include "records/ref_node.h"
+
+#include "hold.h"
+#include "ilayer.h"
+#include "imtl.h"
+#include "inode.h"
+#include "istdplug.h"
+#include "maxapi.h"
+#include "maxexception.h"
+#include "maxscript/maxscript.h"
+#include "notify.h"
+#include "object.h"
+#include "plugapi.h"
+#include "vandrels_library.h"
+#include "../host/scene_compare.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <map>
+#include <string>
+
+namespace {
+
+void Script(const std::wstring& text) {
+    FPValue value;
+    EXPECT_TRUE(ExecuteMAXScriptScript(text.c_str(), MAXScript::ScriptSource::Embedded, TRUE, &value, TRUE))
+        << WStr(text).ToUTF8();
+}
+
+// The library's node messages as the scene events send them.
+constexpr RefMessage kMsgParentChanged = 0x8663DF12;
+constexpr RefMessage kMsgChildAttached = 0x8663DF13;
+constexpr RefMessage kMsgLayerChanged = 0x8663DF15;
+constexpr RefMessage kMsgDisplayChanged = 0x8663DF16;
+constexpr RefMessage kMsgRenderChanged = 0x8663DF17;
+constexpr RefMessage kMsgUserPropsChanged = 0x8663DF18;
+constexpr RefMessage kMsgBoneChanged = 0x8663DF19;
+
+void Tell(INode* node, RefMessage message, PartID part = 0) { node->NotifyDependents(FOREVER, part, message); }
+
+// The scene's nodes keyed by name (a reload puts the merged nodes at other places among the scene root's
+// children than they had).
+hostrt::test::SceneSnapshot ByName(hostrt::test::SceneSnapshot snapshot) {
+    std::map<std::string, hostrt::test::SnapshotItem> named;
+    for (auto& [place, item] : snapshot.nodes) named.emplace(item.label, item);
+    snapshot.nodes.clear();
+    for (auto& [label, item] : named) snapshot.nodes.emplace_back(label, item);
+    return snapshot;
+}
+
+template <class T> T* Extension(INode* node, Interface_ID id) { return static_cast<T*>(node->GetInterface(id)); }
+
+class NodeOverrides : public vtest::SceneTest {
+protected:
+    NodeOverrides() : SceneTest("vandrels_overrides") {}
+
+    void SetUp() override {
+        SceneTest::SetUp();
+        reference_ = MSTR::FromUTF8((std::filesystem::temp_directory_path() /
+                                     ("vandrels_overrides_ref_" + std::to_string(::getpid()) + ".max"))
+                                        .string());
+        Script(L"Vandrels.PrintTimes false");
+        Script(L"b = box name:\"Crate\" wirecolor:(color 10 20 30); sphere name:\"Ball\" parent:b; "
+               L"omniLight name:\"Lamp\"; saveMaxFile " + Quoted(reference_));
+        GetCOREInterface()->FileReset(TRUE);
+        Script(L"Vandrels.AddVandrel " + Quoted(reference_));
+        theHold.FlushUndoBuffer();
+        Bind();
+    }
+    void TearDown() override {
+        SceneTest::TearDown();
+        std::filesystem::remove(reference_.ToUTF8());
+    }
+    static std::wstring Quoted(const MSTR& path) { return L"@\"" + std::wstring(path.data()) + L"\""; }
+
+    // Finds the helper, the records and their nodes (again after an open).
+    void Bind() {
+        const std::wstring stem = std::filesystem::path(reference_.ToUTF8()).stem().wstring();
+        INode* helperNode = GetCOREInterface()->GetINodeByName(stem.c_str());
+        ASSERT_NE(helperNode, nullptr);
+        helper = static_cast<VandrelsHelper*>(helperNode->GetObjectRef());
+        crate = RecordNamed(L"Crate");
+        ball = RecordNamed(L"Ball");
+        lamp = RecordNamed(L"Lamp");
+        ASSERT_TRUE(crate && ball && lamp);
+    }
+    RefNode* RecordNamed(const MCHAR* name) {
+        for (RefNode* record : helper->refNodes)
+            if (record && record->GetName() == MSTR(name)) return record;
+        return nullptr;
+    }
+    static INode* NodeOf(RefNode* record) { return static_cast<INode*>(record->GetReference(0)); }
+
+    // The saving pipeline's pass over the records: the scans fill the scratch lists, every record collects,
+    // and once the scene is written every record finishes as after a load.
+    void CollectAll(bool finish = true) {
+        CollectLightExclusions(helper);
+        CollectOtherExclusions(helper);
+        for (RefNode* record : helper->refNodes)
+            if (record) record->CollectIfBound();
+        if (!finish) return;
+        for (RefNode* record : helper->refNodes)
+            if (record) record->FinishLoad();
+    }
+    // Save, reset, open: the reference is merged afresh and every record re-applies onto its new node.
+    void Reopen() {
+        CollectAll(false);
+        ASSERT_NE(GetCOREInterface()->SaveToFile(file_.data()), 0);
+        GetCOREInterface()->FileReset(TRUE);
+        ASSERT_NE(GetCOREInterface()->LoadFromFile(file_.data()), 0);
+        Bind();
+        bound.clear();
+        for (INode* node : helper->GetNodes()) bound.push_back(node);
+    }
+
+    MSTR reference_;
+    VandrelsHelper* helper = nullptr;
+    RefNode* crate = nullptr;
+    RefNode* ball = nullptr;
+    RefNode* lamp = nullptr;
+    std::vector<INode*> bound;
+};
+
+
+// Every category edited the way a user edits it (the node messages the scene events send where the host has
+// no reference message) is stored, and after save and open the freshly merged nodes show the local scene again.
+TEST_F(NodeOverrides, EveryCategoryEditedLocallyIsBackAfterReopen) {
+    INode* box = NodeOf(crate);
+    INode* sphere = NodeOf(ball);
+    INode* light = NodeOf(lamp);
+    box->SetName(L"Crate Local");
+    box->SetMtl(NewDefaultStdMat());
+    box->GetMtl()->SetName(L"Local Paint");
+    box->SetWireColor(0x00123456);
+    box->Hide(TRUE);
+    sphere->Freeze(TRUE);
+    box->SetDisplayFlag(NODE_DISP_SEE_THROUGH, TRUE);
+    Extension<INodeExtension2>(box, NODE_EXTENSION2_INTERFACE)->SetDisplaySwitch(TRUE);
+    box->SetDisplayValue(1, 7);
+    box->SetRenderFlag(NODE_REND_CAST_SHADOWS, FALSE);
+    Extension<INodeRenderProperties>(box, NODE_RENDERPROPS_INTERFACE)->SetRenderSwitch(4, TRUE);
+    box->SetUserPropBuffer(L"lod = 2");
+    Tell(box, kMsgUserPropsChanged);
+    box->SetBoneFlag(NODE_BONE_FREEZE_LENGTH, TRUE);
+    box->SetBoneValue(0, 3);
+    Tell(box, kMsgBoneChanged);
+    box->SetTransformLock(INODE_LOCKROT, INODE_LOCK_Z, TRUE);
+    box->SetObjOffsetPos(Point3(1, 2, 3));
+    Extension<INodeSkinPose>(box, INODE_SKINPOSE_INTERFACE)->SetSkinPos(Point3(4, 5, 6));
+    sphere->Detach(0);
+    Tell(sphere, kMsgParentChanged);
+    ILayer* layer = GetCOREInterface()->GetLayerManager()->CreateLayer(L"Lights");
+    layer->AddToLayer(light);
+    Tell(light, kMsgLayerChanged, reinterpret_cast<PartID>(layer));
+    Script(L"box name:\"Local\"");
+    INode* local = GetCOREInterface()->GetINodeByName(L"Local");
+    box->AttachChild(local, FALSE);
+    Tell(box, kMsgChildAttached, reinterpret_cast<PartID>(local));
+
+    CollectAll();
+    EXPECT_EQ(crate->GetOverrideFlags() & ~std::uint32_t(kNodeLocalDependents),
+              std::uint32_t(kNodeOverriddenName | kNodeMaterial | kNodeChildren |
+                            kNodeObjectOffset | kNodeSkinPose | kNodeWireColor | kNodeHidden | kNodeDisplayProps |
+                            kNodeRenderProps | kNodeUserProps | kNodeBoneProps | kNodeTmLocks));
+    EXPECT_EQ(ball->GetOverrideFlags(), std::uint32_t(kNodeParent | kNodeFrozen));
+    EXPECT_EQ(ball->GetStoredParent(), nullptr);  // the scene root is stored as no parent
+    EXPECT_EQ(lamp->GetOverrideFlags(), std::uint32_t(kNodeLayer));
+    const auto before = ByName(hostrt::test::TakeSnapshot());
+
+    Reopen();
+    box = NodeOf(crate);
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(bound.size(), 3u);
+    const auto after = ByName(hostrt::test::TakeSnapshot());
+    EXPECT_TRUE(hostrt::test::CompareSnapshots(before, after).empty())
+        << hostrt::test::JoinDifferences(hostrt::test::CompareSnapshots(before, after));
+    // What the snapshot does not show.
+    EXPECT_TRUE(box->GetTransformLock(INODE_LOCKROT, INODE_LOCK_Z));
+    EXPECT_FALSE(box->GetTransformLock(INODE_LOCKROT, INODE_LOCK_Y));
+    EXPECT_EQ(Extension<INodeSkinPose>(box, INODE_SKINPOSE_INTERFACE)->GetSkinPos(), Point3(4, 5, 6));
+    EXPECT_TRUE(Extension<INodeExtension2>(box, NODE_EXTENSION2_INTERFACE)->GetDisplaySwitch());
+    EXPECT_TRUE(Extension<INodeRenderProperties>(box, NODE_RENDERPROPS_INTERFACE)->GetRenderSwitch(4));
+    EXPECT_TRUE(box->GetBoneFlag(NODE_BONE_FREEZE_LENGTH));
+    EXPECT_EQ(box->GetBoneValue(0), 3);
+
+    // The re-applied values are the new baseline: a second collect finds nothing new, a second reopen keeps all.
+    const std::uint32_t flags = crate->GetOverrideFlags();
+    CollectAll();
+    EXPECT_EQ(crate->GetOverrideFlags(), flags);
+    Reopen();
+    EXPECT_TRUE(hostrt::test::CompareSnapshots(before, ByName(hostrt::test::TakeSnapshot())).empty());
+}
+
+// A fresh reference has no overrides, however far its nodes' values are from the host's defaults.
+TEST_F(NodeOverrides, AMergedNodeIsItsOwnBaseline) {
+    for (RefNode* record : {crate, ball, lamp}) EXPECT_EQ(record->GetOverrideFlags() & ~kNodeLocalDependents, 0u);
+    CollectAll();
+    for (RefNode* record : {crate, ball, lamp}) EXPECT_EQ(record->GetOverrideFlags() & ~kNodeLocalDependents, 0u);
+    // Setting a value back to what the reference has is no override either.
+    NodeOf(crate)->SetWireColor(NodeOf(crate)->GetWireColor());
+    NodeOf(crate)->Hide(FALSE);
+    EXPECT_EQ(crate->GetOverrideFlags(), 0u);
+}
+
+TEST_F(NodeOverrides, UndoTakesADetectedEditBackAndALayerChangeAloneIsOneStep) {
+    INode* box = NodeOf(crate);
+    theHold.Begin();
+    box->Hide(TRUE);
+    box->SetRenderFlag(NODE_REND_RENDERABLE, FALSE);
+    theHold.Accept(L"Hide");
+    EXPECT_EQ(crate->GetOverrideFlags(), std::uint32_t(kNodeHidden | kNodeRenderProps));
+    theHold.Undo();
+    EXPECT_FALSE(box->IsHidden());
+    EXPECT_EQ(crate->GetOverrideFlags(), 0u);
+    theHold.Redo();
+    EXPECT_EQ(crate->GetOverrideFlags(), std::uint32_t(kNodeHidden | kNodeRenderProps));
+    theHold.FlushUndoBuffer();
+
+    // Outside a hold the layer change records a step of its own; inside one it joins the open step.
+    ILayer* layer = GetCOREInterface()->GetLayerManager()->CreateLayer(L"Props");
+    layer->AddToLayer(box);
+    Tell(box, kMsgLayerChanged, reinterpret_cast<PartID>(layer));
+    EXPECT_EQ(theHold.NumUndoEntries(), 1);
+    EXPECT_EQ(crate->GetStoredLayer(), layer);
+    theHold.Undo();
+    EXPECT_EQ(crate->GetOverrideFlags() & kNodeLayer, 0u);
+    theHold.Begin();
+    layer->AddToLayer(NodeOf(lamp));
+    Tell(NodeOf(lamp), kMsgLayerChanged, reinterpret_cast<PartID>(layer));
+    theHold.Accept(L"Move");
+    EXPECT_EQ(theHold.NumUndoEntries(), 1);  // the undone step went, the move is the only one
+    EXPECT_EQ(lamp->GetOverrideFlags(), std::uint32_t(kNodeLayer));
+
+    // Wire colour and display messages are not undoable.
+    box->SetWireColor(0x00ABCDEF);
+    Tell(box, kMsgDisplayChanged);
+    EXPECT_EQ(theHold.NumUndoEntries(), 1);
+    EXPECT_EQ(crate->GetOverrideFlags() & (kNodeWireColor | kNodeDisplayProps), std::uint32_t(kNodeWireColor | kNodeDisplayProps));
+}
+
+// Reset by mask: the node kind picks the category (unless the selected-nodes mode), the entries clear exactly
+// their bits, undoably, and the next reload shows the reference's values again.
+TEST_F(NodeOverrides, ResetClearsTheChosenCategoriesOfTheChosenKinds) {
+    INode* box = NodeOf(crate);
+    box->SetWireColor(0x00ABCDEF);
+    box->Hide(TRUE);
+    box->SetName(L"Renamed");
+    NodeOf(lamp)->Hide(TRUE);
+    NodeOf(lamp)->SetWireColor(0x00FEDCBA);
+    const std::uint32_t crateFlags = crate->GetOverrideFlags();
+    constexpr DWORD kGeometry = 0x8, kObjectProperties = 0x8000, kName = 0x20000, kSelectedNodes = 0x2;
+
+    crate->ResetOverrides(kObjectProperties);  // no kind selected: nothing
+    EXPECT_EQ(crate->GetOverrideFlags(), crateFlags);
+    theHold.Begin();
+    crate->ResetOverrides(kGeometry | kObjectProperties);
+    lamp->ResetOverrides(kGeometry | kObjectProperties);  // a light is no geometry
+    theHold.Accept(L"Reset");
+    EXPECT_EQ(crate->GetOverrideFlags(), std::uint32_t(kNodeOverriddenName));
+    EXPECT_EQ(lamp->GetOverrideFlags(), std::uint32_t(kNodeHidden | kNodeWireColor));
+    theHold.Undo();
+    EXPECT_EQ(crate->GetOverrideFlags(), crateFlags);
+    theHold.Redo();
+    lamp->ResetOverrides(kSelectedNodes | kName);  // selected nodes: every kind, only the name entry
+    EXPECT_EQ(lamp->GetOverrideFlags(), std::uint32_t(kNodeHidden | kNodeWireColor));
+
+    Reopen();
+    box = NodeOf(crate);
+    EXPECT_EQ(box->GetWireColor(), 0x001E140Au);  // the reference's colour (10, 20, 30)
+    EXPECT_FALSE(box->IsHidden());
+    EXPECT_STREQ(box->GetName(), L"Renamed");
+    EXPECT_TRUE(NodeOf(lamp)->IsHidden());
+}
+
+// The parenting entry drops the stored parent and the local children, and undo brings both back.
+TEST_F(NodeOverrides, ResetOfParentingDropsParentAndChildrenUndoably) {
+    INode* sphere = NodeOf(ball);
+    Script(L"box name:\"Local\"");
+    INode* local = GetCOREInterface()->GetINodeByName(L"Local");
+    sphere->AttachChild(local);
+    Tell(sphere, kMsgChildAttached, reinterpret_cast<PartID>(local));
+    NodeOf(lamp)->AttachChild(sphere);
+    Tell(sphere, kMsgParentChanged);
+    // A referenced node attached as a child is not kept: it comes back with its own record.
+    sphere->AttachChild(NodeOf(crate));
+    Tell(sphere, kMsgChildAttached, reinterpret_cast<PartID>(NodeOf(crate)));
+    ASSERT_EQ(ball->GetChildren().Count(), 1);
+    EXPECT_EQ(ball->GetStoredParent(), lamp);  // a referenced parent is held through its record
+
+    theHold.Begin();
+    ball->ResetOverrides(0x2 | 0x10000);
+    theHold.Accept(L"Reset");
+    EXPECT_EQ(ball->GetOverrideFlags() & (kNodeParent | kNodeChildren), 0u);
+    EXPECT_EQ(ball->GetStoredParent(), nullptr);
+    EXPECT_EQ(ball->GetChildren().Count(), 0);
+    theHold.Undo();
+    EXPECT_EQ(ball->GetOverrideFlags() & (kNodeParent | kNodeChildren), std::uint32_t(kNodeParent | kNodeChildren));
+    EXPECT_EQ(ball->GetStoredParent(), lamp);
+    ASSERT_EQ(ball->GetChildren().Count(), 1);
+    EXPECT_EQ(ball->GetChildren()[0], local);
+
+    // The child moving elsewhere leaves the list.
+    GetCOREInterface()->GetRootNode()->AttachChild(local);
+    Tell(local, kMsgParentChanged);
+    EXPECT_EQ(ball->GetChildren().Count(), 0);
+}
+
+// A failure while re-applying ends the remaining steps and names the step in force.
+TEST_F(NodeOverrides, AFailedReapplicationNamesItsStep) {
+    INode* box = NodeOf(crate);
+    box->SetWireColor(0x00ABCDEF);
+    box->Hide(TRUE);
+    box->SetUserPropBuffer(L"kept = no");
+    Tell(box, kMsgUserPropsChanged);
+    // The node loses the local values behind the record's back, as a reload does.
+    DisableRefMsgs();
+    box->SetWireColor(0x00000001);
+    box->Hide(FALSE);
+    box->SetUserPropBuffer(L"");
+    EnableRefMsgs();
+    struct Thrower {
+        static void proc(void*, NotifyInfo*) { throw MAXException(MSTR(L"display refused"), 0); }
+    };
+    RegisterNotification(&Thrower::proc, nullptr, NOTIFY_POST_NODE_DISPLAY_PROP_CHANGED);
+    std::wstring message;
+    try {
+        crate->Override();
+    } catch (const MAXException& e) {
+        message = e.message.data();
+    }
+    UnRegisterNotification(&Thrower::proc, nullptr, NOTIFY_POST_NODE_DISPLAY_PROP_CHANGED);
+    EXPECT_EQ(message.rfind(L"Error Overriding RefNode\nNode: Crate - ", 0), 0u) << WStr(message.c_str()).ToUTF8();
+    EXPECT_NE(message.find(L"\nLastOperation: Override Hidden\n\ndisplay refused"), std::wstring::npos)
+        << WStr(message.c_str()).ToUTF8();
+    EXPECT_EQ(box->GetWireColor(), 0x00ABCDEFu);  // the step before ran
+    MSTR props;
+    box->GetUserPropBuffer(props);
+    EXPECT_EQ(props, MSTR(L""));  // the steps after did not
+    EXPECT_EQ(crate->GetReference(0), nullptr);  // the record let go of its node
+}
+
+// The exclusion lists follow the lights that name the node: the scans fill the work lists, a collect makes the
+// list and its bit from them.
+TEST_F(NodeOverrides, ExclusionListsFollowTheLightsThatNameTheNode) {
+    auto* light = dynamic_cast<LightObject*>(NodeOf(lamp)->GetObjectRef());
+    ASSERT_TRUE(light && light->GetExclList());
+    light->GetExclList()->AddNode(NodeOf(crate));
+    CollectAll();
+    ASSERT_EQ(crate->GetExclusionLights().Count(), 1);
+    EXPECT_EQ(crate->GetExclusionLights()[0], light);
+    EXPECT_TRUE(crate->GetOverrideFlags() & kNodeExclusionList);
+    EXPECT_FALSE(ball->GetOverrideFlags() & kNodeExclusionList);
+    // Taken off the list, it is dropped at the next collect; put back, re-application adds it to the list.
+    light->GetExclList()->RemoveNode(NodeOf(crate));
+    CollectAll();
+    EXPECT_EQ(crate->GetExclusionLights().Count(), 0);
+    EXPECT_FALSE(crate->GetOverrideFlags() & kNodeExclusionList);
+}
+
+}  // namespace
