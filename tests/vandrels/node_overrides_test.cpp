@@ -155,8 +155,10 @@ TEST_F(NodeOverrides, EveryCategoryEditedLocallyIsBackAfterReopen) {
     box->SetTransformLock(INODE_LOCKROT, INODE_LOCK_Z, TRUE);
     box->SetObjOffsetPos(Point3(1, 2, 3));
     Extension<INodeSkinPose>(box, INODE_SKINPOSE_INTERFACE)->SetSkinPos(Point3(4, 5, 6));
-    sphere->Detach(0);
+    // Linked under another referenced node: stored as that node's record, which re-attaches it after the reload.
+    light->AttachChild(sphere);
     Tell(sphere, kMsgParentChanged);
+    Tell(light, kMsgChildAttached, reinterpret_cast<PartID>(sphere));
     ILayer* layer = GetCOREInterface()->GetLayerManager()->CreateLayer(L"Lights");
     layer->AddToLayer(light);
     Tell(light, kMsgLayerChanged, reinterpret_cast<PartID>(layer));
@@ -171,8 +173,9 @@ TEST_F(NodeOverrides, EveryCategoryEditedLocallyIsBackAfterReopen) {
                             kNodeObjectOffset | kNodeSkinPose | kNodeWireColor | kNodeHidden | kNodeDisplayProps |
                             kNodeRenderProps | kNodeUserProps | kNodeBoneProps | kNodeTmLocks));
     EXPECT_EQ(ball->GetOverrideFlags(), std::uint32_t(kNodeParent | kNodeFrozen));
-    EXPECT_EQ(ball->GetStoredParent(), nullptr);  // the scene root is stored as no parent
-    EXPECT_EQ(lamp->GetOverrideFlags(), std::uint32_t(kNodeLayer));
+    EXPECT_EQ(ball->GetStoredParent(), lamp);
+    EXPECT_EQ(lamp->GetOverrideFlags(), std::uint32_t(kNodeLayer | kNodeChildren));
+    EXPECT_EQ(lamp->GetChildren().Count(), 0);  // a referenced child is not kept
     const auto before = ByName(hostrt::test::TakeSnapshot());
 
     Reopen();
@@ -307,10 +310,14 @@ TEST_F(NodeOverrides, ResetOfParentingDropsParentAndChildrenUndoably) {
     ASSERT_EQ(ball->GetChildren().Count(), 1);
     EXPECT_EQ(ball->GetChildren()[0], local);
 
-    // The child moving elsewhere leaves the list.
+    // The child moving elsewhere leaves the list; a node linked to the scene root stores no parent.
     GetCOREInterface()->GetRootNode()->AttachChild(local);
     Tell(local, kMsgParentChanged);
     EXPECT_EQ(ball->GetChildren().Count(), 0);
+    sphere->Detach(0);
+    Tell(sphere, kMsgParentChanged);
+    EXPECT_EQ(ball->GetStoredParent(), nullptr);
+    EXPECT_TRUE(ball->GetOverrideFlags() & kNodeParent);
 }
 
 // A failure while re-applying ends the remaining steps and names the step in force.
