@@ -68,7 +68,7 @@ protected:
                                      ("vandrels_overrides_ref_" + std::to_string(::getpid()) + ".max"))
                                         .string());
         Script(L"Vandrels.PrintTimes false");
-        Script(L"b = box name:\"Crate\" wirecolor:(color 10 20 30); sphere name:\"Ball\" parent:b; "
+        Script(L"b = box name:\"Crate\" wirecolor:(color 10 20 30); addModifier b (bend()); sphere name:\"Ball\" parent:b; "
                L"omniLight name:\"Lamp\"; saveMaxFile " + Quoted(reference_));
         GetCOREInterface()->FileReset(TRUE);
         Script(L"Vandrels.AddVandrel " + Quoted(reference_));
@@ -231,7 +231,8 @@ TEST_F(NodeOverrides, UndoTakesADetectedEditBackAndALayerChangeAloneIsOneStep) {
     ILayer* layer = GetCOREInterface()->GetLayerManager()->CreateLayer(L"Props");
     layer->AddToLayer(box);
     Tell(box, kMsgLayerChanged, reinterpret_cast<PartID>(layer));
-    EXPECT_EQ(theHold.NumUndoEntries(), 1);
+    ASSERT_EQ(theHold.NumUndoEntries(), 1);
+    EXPECT_EQ(theHold.UndoEntryName(0), MSTR(L"Layer Override"));
     EXPECT_EQ(crate->GetStoredLayer(), layer);
     theHold.Undo();
     EXPECT_EQ(crate->GetOverrideFlags() & kNodeLayer, 0u);
@@ -239,7 +240,8 @@ TEST_F(NodeOverrides, UndoTakesADetectedEditBackAndALayerChangeAloneIsOneStep) {
     layer->AddToLayer(NodeOf(lamp));
     Tell(NodeOf(lamp), kMsgLayerChanged, reinterpret_cast<PartID>(layer));
     theHold.Accept(L"Move");
-    EXPECT_EQ(theHold.NumUndoEntries(), 1);  // the undone step went, the move is the only one
+    ASSERT_EQ(theHold.NumUndoEntries(), 1);  // the undone step went, the move is the only one
+    EXPECT_EQ(theHold.UndoEntryName(0), MSTR(L"Move"));
     EXPECT_EQ(lamp->GetOverrideFlags(), std::uint32_t(kNodeLayer));
 
     // Wire colour and display messages are not undoable.
@@ -370,6 +372,24 @@ TEST_F(NodeOverrides, ExclusionListsFollowTheLightsThatNameTheNode) {
     CollectAll();
     EXPECT_EQ(crate->GetExclusionLights().Count(), 0);
     EXPECT_FALSE(crate->GetOverrideFlags() & kNodeExclusionList);
+}
+
+// A local node instancing a referenced node's object is the object's local dependent: after the reload it uses
+// the freshly merged object.
+TEST_F(NodeOverrides, ALocalInstanceMovesToTheMergedObject) {
+    ASSERT_EQ(NodeOf(crate)->GetObjectRef()->SuperClassID(), SClass_ID(GEN_DERIVOB_CLASS_ID));
+    INode* instance = GetCOREInterface()->CreateObjectNode(NodeOf(crate)->GetObjectRef());
+    instance->SetName(L"Instance");
+    CollectAll();
+    EXPECT_TRUE(crate->GetOverrideFlags() & kNodeObjectLocalDep);
+    EXPECT_EQ(crate->GetLocalDependent(), NodeOf(crate)->GetObjectRef());
+    EXPECT_FALSE(ball->GetOverrideFlags() & kNodeObjectLocalDep);
+
+    Reopen();
+    instance = GetCOREInterface()->GetINodeByName(L"Instance");
+    ASSERT_NE(instance, nullptr);
+    EXPECT_EQ(instance->GetObjectRef(), NodeOf(crate)->GetObjectRef());
+    EXPECT_EQ(crate->GetLocalDependent(), nullptr);  // dropped once applied
 }
 
 }  // namespace

@@ -70,7 +70,8 @@ RefResult RefNode::NotifyRefChanged(const Interval& changeInt, RefTargetHandle h
         return REF_STOP;
     }
     // A stored child: it went to another parent, or a helper adopted it as a referenced node.
-    const int position = children_.IndexOf(static_cast<INode*>(static_cast<ReferenceTarget*>(hTarget)));
+    if (hTarget->SuperClassID() != BASENODE_CLASS_ID) return REF_STOP;
+    const int position = children_.IndexOf(static_cast<INode*>(hTarget));
     if (position < 0) return REF_STOP;
     INode* child = children_[position];
     if (message == nodemsg::kParentChanged && child->GetParentNode() != node) removeChild(position);
