@@ -5,6 +5,7 @@
 #include "helper/vandrels_helper.h"
 #include "records/exclusion_lists.h"
 #include "records/ref_node.h"
+#include "anims/ref_anim.h"
 
 #include "hold.h"
 #include "ilayer.h"
@@ -96,6 +97,11 @@ protected:
         for (RefNode* record : helper->refNodes)
             if (record && record->GetName() == MSTR(name)) return record;
         return nullptr;
+    }
+    static float GetLength() {
+        FPValue value;
+        ExecuteMAXScriptScript(L"$Instance.length", MAXScript::ScriptSource::Embedded, TRUE, &value, TRUE);
+        return value.type == TYPE_FLOAT ? value.f : -1.f;
     }
     static INode* NodeOf(RefNode* record) { return static_cast<INode*>(record->GetReference(0)); }
 
@@ -390,6 +396,26 @@ TEST_F(NodeOverrides, ALocalInstanceMovesToTheMergedObject) {
     ASSERT_NE(instance, nullptr);
     EXPECT_EQ(instance->GetObjectRef(), NodeOf(crate)->GetObjectRef());
     EXPECT_EQ(crate->GetLocalDependent(), nullptr);  // dropped once applied
+}
+
+// A reset of an animatable record that local content uses keeps the record but gives the content the
+// reference's original at the next reload, instead of the local one.
+TEST_F(NodeOverrides, AResetLocallyUsedParameterComesFromTheReferenceAgain) {
+    INode* instance = GetCOREInterface()->CreateObjectNode(NodeOf(crate)->GetObjectRef());
+    instance->SetName(L"Instance");
+    const float length = GetLength();
+    Script(L"$Instance.length = 77");
+    CollectAll();
+    int modified = 0;
+    for (int i = 0; i < crate->NumRefAnims(); ++i)
+        if (RefAnim* r = crate->GetRefAnim(i)) modified += r->IsModified();
+    ASSERT_GT(modified, 0);
+
+    crate->ResetOverrides(0x2 | 0x800);  // selected nodes, "Base Object"
+    for (int i = 0; i < crate->NumRefAnims(); ++i)
+        if (RefAnim* r = crate->GetRefAnim(i)) EXPECT_FALSE(r->GetOverrideState() & kOverrideModified) << i;
+    Reopen();
+    EXPECT_EQ(GetLength(), length);
 }
 
 }  // namespace
