@@ -418,4 +418,25 @@ TEST_F(NodeOverrides, AResetLocallyUsedParameterComesFromTheReferenceAgain) {
     EXPECT_EQ(GetLength(), length);
 }
 
+// The stored layer deleted since: a same-named layer takes its place, else the stored layer comes back.
+TEST_F(NodeOverrides, ALayerDeletedMeanwhileIsFoundByNameOrMadeAgain) {
+    ILayerManager* layers = GetCOREInterface()->GetLayerManager();
+    ILayer* lights = layers->CreateLayer(L"Lights");
+    INode* light = NodeOf(lamp);
+    lights->AddToLayer(light);
+    Tell(light, kMsgLayerChanged, reinterpret_cast<PartID>(lights));
+    layers->GetLayer(0)->AddToLayer(light);  // no message: the record keeps its layer
+    ASSERT_TRUE(layers->DeleteLayer(L"Lights"));
+    lamp->Override();
+    EXPECT_EQ(light->GetLayer(), lights);
+    EXPECT_EQ(layers->GetLayer(MSTR(L"Lights")), lights);
+
+    layers->GetLayer(0)->AddToLayer(light);
+    ASSERT_TRUE(layers->DeleteLayer(L"Lights"));
+    ILayer* same = layers->CreateLayer(L"Lights");
+    lamp->Override();
+    EXPECT_EQ(light->GetLayer(), same);
+    EXPECT_EQ(lamp->GetStoredLayer(), same);
+}
+
 }  // namespace
