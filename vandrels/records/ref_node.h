@@ -241,7 +241,6 @@ private:
     // Ends a failed operation: lets go of the node and throws the composed message.
     [[noreturn]] void fail(const MCHAR* words, int step, const MAXException* cause);
     void runInErrorFrame(const MCHAR* words, const MCHAR* unknownWords, const std::function<void()>& op);
-    friend class RefNodeStep;
     int ownBase() const { return NumBaseRefs(); }
     // The reference index of the first world-space mirror entry; the object-space entries follow.
     int firstModRef() const { return ownBase() + 3 + children_.Count(); }
