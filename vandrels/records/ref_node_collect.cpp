@@ -1,10 +1,10 @@
 // The node record's collect pass beyond the base: the values compared with the baseline, the exclusion lists
 // taken from the helper's scans, the local dependent in the node's object chain and the local-dependents bit.
-#include "hold.h"
 #include "inode.h"
 #include "object.h"
 #include "records/ref_node.h"
 #include "records/scene_utils.h"
+#include "records/undo_bypass.h"
 
 #include <unordered_set>
 
@@ -83,7 +83,7 @@ void RefNode::refreshLocalDependent(INode* node) {
         if (HasLocalDependents(obj)) found = obj;
         obj = IsDerived(obj) ? static_cast<IDerivedObject*>(obj)->GetObjRef() : nullptr;
     }
-    theHold.Suspend();
+    UndoBypass bypass;
     if (found) {
         if (localDependent_ != found) ReplaceReference(localDependentRef(), found);
         setFlagsSilently(kNodeObjectLocalDep, kNodeObjectLocalDep);
@@ -91,7 +91,6 @@ void RefNode::refreshLocalDependent(INode* node) {
         setFlagsSilently(kNodeObjectLocalDep, 0);
         if (localDependent_) DeleteReference(localDependentRef());
     }
-    theHold.Resume();
 }
 
 void RefNode::recomputeLocalDependentsBit(INode* node) {

@@ -165,8 +165,13 @@ void RefNode::onChildAttached(INode* child) {
 void RefNode::onLayerChanged(INode* node) {
     const bool ownStep = !theHold.Holding();
     if (ownStep) theHold.Begin();
-    SetOverrideFlags(kNodeLayer, kNodeLayer);
-    ReplaceReference(layerRef(), node->GetLayer());
+    try {
+        SetOverrideFlags(kNodeLayer, kNodeLayer);
+        ReplaceReference(layerRef(), node->GetLayer());
+    } catch (...) {
+        if (ownStep) theHold.Cancel();
+        throw;
+    }
     if (ownStep) theHold.Accept(kLayerOverrideStep);
 }
 

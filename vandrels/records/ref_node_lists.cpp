@@ -7,19 +7,7 @@
 #include "inode.h"
 #include "maxapi.h"
 #include "records/ref_node.h"
-
-namespace {
-
-// Keeps the host from recording the reference changes made while it lives.
-class UndoBypass {
-public:
-    UndoBypass() { theHold.Suspend(); }
-    ~UndoBypass() { theHold.Resume(); }
-    UndoBypass(const UndoBypass&) = delete;
-    UndoBypass& operator=(const UndoBypass&) = delete;
-};
-
-}  // namespace
+#include "records/undo_bypass.h"
 
 // The children a reset dropped: undo puts them back (by node handle, so a node deleted since is skipped), redo
 // drops them again.
