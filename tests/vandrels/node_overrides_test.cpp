@@ -378,6 +378,11 @@ TEST_F(NodeOverrides, ExclusionListsFollowTheLightsThatNameTheNode) {
     CollectAll();
     EXPECT_EQ(crate->GetExclusionLights().Count(), 0);
     EXPECT_FALSE(crate->GetOverrideFlags() & kNodeExclusionList);
+    light->GetExclList()->AddNode(NodeOf(crate));
+    Reopen();
+    light = dynamic_cast<LightObject*>(NodeOf(lamp)->GetObjectRef());
+    ASSERT_TRUE(light && light->GetExclList());
+    EXPECT_EQ(light->GetExclList()->FindNode(NodeOf(crate)), 0);
 }
 
 // A local node instancing a referenced node's object is the object's local dependent: after the reload it uses

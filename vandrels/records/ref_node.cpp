@@ -197,7 +197,9 @@ void RefNode::SetReference(int i, RefTargetHandle target) {
     }
     k -= numModRefs();
     if (k < exclusionLights_.Count()) {
+        ReferenceTarget* old = exclusionLights_[k];
         exclusionLights_[k] = target;
+        if (old && target != old) takeOverExclusion(target, -1);
         return;
     }
     k -= exclusionLights_.Count();
@@ -206,7 +208,11 @@ void RefNode::SetReference(int i, RefTargetHandle target) {
         return;
     }
     k -= 1;
-    if (k < exclusionOthers_.Count()) exclusionOthers_[k] = target;
+    if (k < exclusionOthers_.Count()) {
+        ReferenceTarget* old = exclusionOthers_[k];
+        exclusionOthers_[k] = target;
+        if (old && target != old) takeOverExclusion(target, k < exclusionModes_.Count() ? exclusionModes_[k] : 0);
+    }
 }
 
 BOOL RefNode::CanTransferReference(int i) {

@@ -216,6 +216,9 @@ private:
     void overrideParent(INode* node);
     void overrideLayer(INode* node);
     void overrideExclusionLists(INode* node);
+    // A load moved an exclusion reference from a stored item to the freshly merged one (which the node's own
+    // re-application may have met before): the new item's list (listIndex, or -1 for a light) gets the node.
+    void takeOverExclusion(ReferenceTarget* item, int listIndex);
     void overrideSelectionSets(INode* node);
     void overrideObjectLocalDependent(INode* node);
     void overrideChildren(INode* node);

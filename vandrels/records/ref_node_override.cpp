@@ -7,6 +7,7 @@
 #include "inode.h"
 #include "maxapi.h"
 #include "object.h"
+#include "helper/module_state.h"
 #include "records/exclusion_lists.h"
 #include "records/node_messages.h"
 #include "records/pending_selection_sets.h"
@@ -19,6 +20,13 @@
 namespace {
 
 constexpr SClass_ID kDerivedObjectSuper = GEN_DERIVOB_CLASS_ID;
+
+// Puts node on the include/exclude list of a light (once).
+void AddNodeToExclusionList(ReferenceTarget* item, INode* node) {
+    auto* light = dynamic_cast<LightObject*>(item);
+    ExclList* list = light ? light->GetExclList() : nullptr;
+    if (list && list->FindNode(node) < 0) list->AddNode(node);
+}
 
 Object* BelowDerived(Object* obj) {
     return obj && obj->SuperClassID() == kDerivedObjectSuper ? static_cast<IDerivedObject*>(obj)->GetObjRef()
@@ -193,17 +201,23 @@ void RefNode::overrideLayer(INode* node) {
 void RefNode::overrideExclusionLists(INode* node) {
     if (overrideFlags_ & kNodeExclusionList) {
         step_ = IDS_OVR_EXCL_LIST;
-        for (ReferenceTarget* item : exclusionLights_) {
-            auto* light = dynamic_cast<LightObject*>(item);
-            ExclList* list = light ? light->GetExclList() : nullptr;
-            if (list && list->FindNode(node) < 0) list->AddNode(node);
-        }
+        for (ReferenceTarget* item : exclusionLights_) AddNodeToExclusionList(item, node);
     }
     if (overrideFlags_ & kNodeExclusionMisc) {
         step_ = IDS_OVR_EXCL_LIST_MISC;
         exclusionModes_.SetCount(exclusionOthers_.Count());
         for (int i = 0; i < exclusionOthers_.Count(); ++i)
             if (exclusionOthers_[i]) AddNodeToNodeList(exclusionOthers_[i], exclusionModes_[i], node);
+    }
+}
+
+void RefNode::takeOverExclusion(ReferenceTarget* item, int listIndex) {
+    INode* node = GetNode();
+    if (!item || !node || vandrels::GetOperationMode() != vandrels::kModeLoading) return;
+    if (listIndex < 0) {
+        if (overrideFlags_ & kNodeExclusionList) AddNodeToExclusionList(item, node);
+    } else if (overrideFlags_ & kNodeExclusionMisc) {
+        AddNodeToNodeList(item, listIndex, node);
     }
 }
 
