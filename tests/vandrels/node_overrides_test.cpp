@@ -417,8 +417,9 @@ TEST_F(NodeOverrides, AResetLocallyUsedParameterComesFromTheReferenceAgain) {
     ASSERT_GT(modified, 0);
 
     crate->ResetOverrides(0x2 | 0x800);  // selected nodes, "Base Object"
-    for (int i = 0; i < crate->NumRefAnims(); ++i)
-        if (RefAnim* r = crate->GetRefAnim(i)) EXPECT_FALSE(r->GetOverrideState() & kOverrideModified) << i;
+    for (int i = 0; i < crate->NumRefAnims(); ++i) {
+        if (RefAnim* r = crate->GetRefAnim(i)) EXPECT_FALSE(r->IsModified()) << i;
+    }
     Reopen();
     EXPECT_EQ(GetLength(), length);
 }
