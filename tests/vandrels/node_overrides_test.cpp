@@ -418,7 +418,8 @@ TEST_F(NodeOverrides, AResetLocallyUsedParameterComesFromTheReferenceAgain) {
 
     crate->ResetOverrides(0x2 | 0x800);  // selected nodes, "Base Object"
     for (int i = 0; i < crate->NumRefAnims(); ++i) {
-        if (RefAnim* r = crate->GetRefAnim(i)) EXPECT_FALSE(r->IsModified()) << i;
+        RefAnim* r = crate->GetRefAnim(i);
+        EXPECT_FALSE(r && r->IsModified()) << i;
     }
     Reopen();
     EXPECT_EQ(GetLength(), length);
