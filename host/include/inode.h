@@ -3,6 +3,7 @@
 // display, render, user and bone properties the user edits. Nodes are made and kept by the scene.
 #pragma once
 
+#include "assetmanagement.h"
 #include "baseinterface.h"
 #include "control.h"
 #include "geom.h"
@@ -279,10 +280,17 @@ public:
     virtual INode* GetLookatNode() { return nullptr; }
 
     // External-scene entries, kept by the scene root (other nodes answer 0, null or FALSE). An entry is made
-    // from an asset name without reading the file, and has a tree root of its own (IsRootNode true) under
-    // which nodes can be attached. Entries are never written by a save.
+    // from an external-scene asset (kXRefAsset) without reading the file, becomes the last entry, and has a
+    // tree root of its own (IsRootNode true) under which nodes can be attached. Entries and the nodes under
+    // their trees are never written by a save. The name form makes the external-scene asset of that name;
+    // loadNow and hideInManagerUI are accepted for the SDK's sake. An empty asset or an asset of another type
+    // is refused (FALSE).
+    virtual BOOL AddNewXRefFile(const MaxSDK::AssetManagement::AssetUser& file, BOOL loadNow = TRUE,
+                                BOOL hideInManagerUI = FALSE) { return FALSE; }
     virtual BOOL AddNewXRefFile(const MCHAR* file) { return FALSE; }
     virtual int GetXRefFileCount() { return 0; }
+    // The asset of entry i (the empty asset for a bad index) and its file name ("" for a bad index).
+    virtual MaxSDK::AssetManagement::AssetUser GetXRefAsset(int i) { return {}; }
     virtual MSTR GetXRefFile(int i) { return MSTR(); }
     virtual INode* GetXRefTree(int i) { return nullptr; }
     virtual BOOL DeleteXRefFile(int i) { return FALSE; }
