@@ -97,14 +97,10 @@ TEST_F(SceneScript, NodePropertiesGoThroughTheNodesSetters) {
     };
     const std::vector<Case> cases = {
         {L"b.boneAxis = #z", {{NOTIFY_POST_NODE_BONE_PROP_CHANGED, 0}}, [&] { return b->GetBoneValue(NODE_BONE_VALUE_AXIS) == 2; }},
-        {L"b.boneScaleType = #none", {{NOTIFY_POST_NODE_BONE_PROP_CHANGED, 0}},
-         [&] { return b->GetBoneValue(NODE_BONE_VALUE_SCALE_TYPE) == 2; }},
         {L"b.boneAxisFlip = true", {{NOTIFY_POST_NODE_BONE_PROP_CHANGED, 0}}, [&] { return b->GetBoneFlag(NODE_BONE_AXIS_FLIP) != 0; }},
         {L"b.boneEnable = true", {{NOTIFY_POST_NODE_BONE_PROP_CHANGED, 0}}, [&] { return b->GetBoneNodeOnOff() != 0; }},
         {L"b.gbufferChannel = 7", {{NOTIFY_POST_NODE_RENDER_PROP_CHANGED, 0}},
          [&] { return b->GetRenderValue(NODE_REND_VALUE_GBUFFER_CHANNEL) == 7; }},
-        {L"b.motionBlur = #image", {{NOTIFY_POST_NODE_RENDER_PROP_CHANGED, 0}},
-         [&] { return b->GetRenderValue(NODE_REND_VALUE_MOTION_BLUR) == 2; }},
         {L"b.imageMotionBlurMultiplier = 1.5", {{NOTIFY_POST_NODE_RENDER_PROP_CHANGED, 0}},
          [&] {
              const DWORD bits = b->GetRenderValue(NODE_REND_VALUE_IMAGE_BLUR_MULT);
@@ -121,14 +117,10 @@ TEST_F(SceneScript, NodePropertiesGoThroughTheNodesSetters) {
          [&] { return static_cast<INodeExtension1*>(b->GetInterface(NODE_EXTENSION1_INTERFACE))->GetDisplaySwitch() != 0; }},
         {L"b.vertexColorType = #map_channel", {{NOTIFY_POST_NODE_DISPLAY_PROP_CHANGED, 0}},
          [&] { return b->GetDisplayValue(NODE_DISP_VALUE_VERTEX_COLOR_TYPE) == 5; }},
-        {L"b.vertexColorMapChannel = 3", {{NOTIFY_POST_NODE_DISPLAY_PROP_CHANGED, 0}},
-         [&] { return b->GetDisplayValue(NODE_DISP_VALUE_VERTEX_COLOR_CHANNEL) == 3; }},
         {L"b.vertexColorsShaded = true", {{NOTIFY_POST_NODE_DISPLAY_PROP_CHANGED, 0}},
          [&] { return b->GetDisplayFlag(NODE_DISP_SHADED_VERT_COLORS) != 0; }},
         {L"b.skinPos = [1,2,3]", {{NOTIFY_NODE_PROPERTY_CHANGED, NODE_PROP_SKIN_POSE}},
          [&] { return skin->GetSkinPos() == Point3(1, 2, 3); }},
-        {L"b.skinScale = [2,2,2]", {{NOTIFY_NODE_PROPERTY_CHANGED, NODE_PROP_SKIN_POSE}},
-         [&] { return skin->GetSkinScale() == Point3(2, 2, 2); }},
         // One change per lock that changes, as the host's node offers the locks one by one.
         {L"setTransformLockFlags b #{2, 9}",
          {{NOTIFY_NODE_PROPERTY_CHANGED, NODE_PROP_TRANSFORM_LOCKS}, {NOTIFY_NODE_PROPERTY_CHANGED, NODE_PROP_TRANSFORM_LOCKS}},

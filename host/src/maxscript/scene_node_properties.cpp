@@ -1,5 +1,5 @@
 // Node properties and functions for bone settings, render values, the extension interfaces' switches, display
-// values, skin pose, transform locks and group state. Each property is one row of a table: where the host keeps
+// values, skin pose, a light's include/exclude list, transform locks and group state. Each property is one row of a table: where the host keeps
 // it (which getter and setter of the node or of its interfaces) and how a script writes it (boolean, integer,
 // byte, float or one of a few names).
 #include "maxscript/scene_node_properties.h"
@@ -211,6 +211,34 @@ Quat RotationArg(const Value& v) {
     return QuatArg(v);
 }
 
+// ---- A light's include/exclude list: `excludeList` or `includeList` answers its nodes when the list is of that
+// kind (undefined otherwise); setting one makes the list that kind with those nodes (undefined empties it).
+
+ExclList* LightList(INode* node) {
+    auto* light = dynamic_cast<LightObject*>(node->GetBaseObject());
+    return light ? light->GetExclList() : nullptr;
+}
+
+std::optional<Value> GetLightList(INode* node, bool include) {
+    ExclList* list = LightList(node);
+    if (!list) return std::nullopt;
+    if ((list->IsInclude() != FALSE) != include) return Value::Undefined();
+    std::vector<INode*> nodes;
+    for (int i = 0; i < list->Count(); ++i)
+        if (INode* n = (*list)[i]) nodes.push_back(n);
+    return NodeArray(nodes);
+}
+
+bool SetLightList(CallContext& ctx, INode* node, bool include, const Value& v) {
+    ExclList* list = LightList(node);
+    if (!list) return false;
+    const std::vector<INode*> nodes = v.IsUndefined() ? std::vector<INode*>() : NodeListArg(ctx, v);
+    while (list->Count() > 0) list->RemoveNode(list->Count() - 1);
+    list->SetInclude(include);
+    for (INode* n : nodes) list->AddNode(n);
+    return true;
+}
+
 // ---- Transform locks: a bit array of nine, #{move x, y, z, rotate x, y, z, scale x, y, z}.
 
 constexpr int kLockCount = 9;
@@ -339,6 +367,8 @@ void GroupSetter(const wchar_t* fn, void (INode::*set)(BOOL)) {
 
 std::optional<Value> GetNodeStateProperty(INode* node, const std::wstring& name) {
     if (const NodeProperty* p = FindProperty(name)) return ToScript(*p, ReadRaw(node, *p));
+    if (EqualsNoCase(name, L"excludeList") || EqualsNoCase(name, L"includeList"))
+        return GetLightList(node, EqualsNoCase(name, L"includeList"));
     if (EqualsNoCase(name, L"skinPos")) return Value::P3(SkinPose(node)->GetSkinPos());
     if (EqualsNoCase(name, L"skinRot")) return Value::P3(EulerDegrees(SkinPose(node)->GetSkinRot()));
     if (EqualsNoCase(name, L"skinScale")) return Value::P3(SkinPose(node)->GetSkinScale());
@@ -346,11 +376,13 @@ std::optional<Value> GetNodeStateProperty(INode* node, const std::wstring& name)
     return std::nullopt;
 }
 
-bool SetNodeStateProperty(INode* node, const std::wstring& name, const Value& v) {
+bool SetNodeStateProperty(CallContext& ctx, INode* node, const std::wstring& name, const Value& v) {
     if (const NodeProperty* p = FindProperty(name)) {
         WriteRaw(node, *p, FromScript(*p, v));
         return true;
     }
+    if (EqualsNoCase(name, L"excludeList") || EqualsNoCase(name, L"includeList"))
+        return SetLightList(ctx, node, EqualsNoCase(name, L"includeList"), v);
     if (EqualsNoCase(name, L"skinPos")) SkinPose(node)->SetSkinPos(ToPoint3(v));
     else if (EqualsNoCase(name, L"skinRot")) SkinPose(node)->SetSkinRot(RotationArg(v));
     else if (EqualsNoCase(name, L"skinScale")) SkinPose(node)->SetSkinScale(ToPoint3(v));

@@ -221,7 +221,7 @@ bool SetNodeProperty(CallContext& ctx, INode* node, const std::wstring& name, co
     }
     if (Is(name, {L"children", L"baseObject", L"modifiers", L"handle", L"isTarget", L"target"}))
         throw RuntimeError(L"Cannot set " + name + L" of " + PrintForm(Value::Host(node)));
-    if (SetNodeStateProperty(node, name, v)) return true;
+    if (SetNodeStateProperty(ctx, node, name, v)) return true;
     return SetBlockParam(ctx, node->GetBaseObject(), name, v);
 }
 
