@@ -12,6 +12,7 @@ struct ModuleState {
     bool monitorSuspended = false;
     int nestingCounter = 0;
     bool notificationsRegistered = false;
+    MSTR saveProcessValue;
 };
 
 ModuleState& State() {
@@ -48,6 +49,9 @@ bool IsMonitorSuspended() { return State().monitorSuspended; }
 void SetMonitorSuspended(bool suspended) { State().monitorSuspended = suspended; }
 int GetNestingCounter() { return State().nestingCounter; }
 void SetNestingCounter(int value) { State().nestingCounter = value; }
+const MSTR& GetSaveProcessValue() { return State().saveProcessValue; }
+void SetSaveProcessValue(const MSTR& value) { State().saveProcessValue = value; }
+void ClearSaveProcessValue() { State().saveProcessValue = MSTR(); }
 bool AreNotificationsRegistered() { return State().notificationsRegistered; }
 void SetNotificationsRegistered(bool registered) { State().notificationsRegistered = registered; }
 

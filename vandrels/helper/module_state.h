@@ -69,6 +69,11 @@ void SetMonitorSuspended(bool suspended);
 int GetNestingCounter();
 void SetNestingCounter(int value);
 
+// The value that the host's notification 174 carried; kept until the next post-save step clears it.
+const MSTR& GetSaveProcessValue();
+void SetSaveProcessValue(const MSTR& value);
+void ClearSaveProcessValue();
+
 // Whether the process-wide notifications (module_notifications.h) are registered.
 bool AreNotificationsRegistered();
 void SetNotificationsRegistered(bool registered);
