@@ -166,25 +166,44 @@ TEST_F(SceneSave, TheSceneAfterSavingIsTheSceneBeforeAndTheFileHoldsNoReferenced
     EXPECT_EQ(CountInFile(file_, REFHOLDER_CLASS_ID), 0);
 }
 
+// Ball, which the camera aims at, is written in light form; with a motion-blur controller (which lightening
+// would leave in the file) an auxiliary node stands in for it instead. Either way the shot opens the same.
 TEST_F(SceneSave, OpenedWithoutItsReferenceFileTheShotHoldsTheLocalContentAndBringsAllBackOnceTheFileIsBack) {
-    BuildShot();
-    Save();
-    std::filesystem::rename(reference_.ToUTF8(), reference_.ToUTF8() + ".away");
-    Open();
-    EXPECT_NE(LastReport().find(L"The file was not found"), std::wstring::npos);
-    for (const MCHAR* name : {L"Base", L"Top"}) EXPECT_EQ(Node(name), nullptr) << WStr(name).ToUTF8();
-    ASSERT_NE(Node(L"Kid"), nullptr);
-    ASSERT_NE(Node(L"Ball"), nullptr);
-    EXPECT_EQ(Node(L"Ball")->GetBaseObject()->ClassID(), EMPTY_BASE_OBJECT_CLASS_ID);
-    EXPECT_EQ(Node(L"Ball")->GetTMController()->ClassID(), EMPTY_CONTROLLER_CLASS_ID);
-    EXPECT_EQ(Node(L"Cam")->GetTarget(), Node(L"Ball"));
+    for (const bool standIn : {false, true}) {
+        SCOPED_TRACE(standIn ? "auxiliary node" : "lightened in place");
+        GetCOREInterface()->FileReset(TRUE);
+        BuildShot();
+        Control* blur = nullptr;
+        if (standIn) {
+            blur = static_cast<Control*>(CreateInstance(CTRL_FLOAT_CLASS_ID, HOST_FLOAT_CONTROL_CLASS_ID));
+            Node(L"Ball")->SetImageBlurMultController(blur);
+        }
+        const auto parts = PartsOfScene();
+        Save();
+        EXPECT_EQ(PartsOfScene(), parts);
+        EXPECT_EQ(Node(L"Ball")->GetImageBlurMultController(), blur);
+        EXPECT_EQ(Node(L"Cam")->GetTarget(), Node(L"Ball"));
+        EXPECT_EQ(CountInFile(file_, EMPTY_BASE_OBJECT_CLASS_ID), 1);
+        EXPECT_EQ(CountInFile(file_, HOST_SPHERE_CLASS_ID), 0);
 
-    std::filesystem::rename(reference_.ToUTF8() + ".away", reference_.ToUTF8());
-    Open();
-    for (const MCHAR* name : {L"Base", L"Top", L"Ball", L"Kid", L"Mine", L"Cam"})
-        EXPECT_EQ(CountNamed(name), 1) << WStr(name).ToUTF8();
-    EXPECT_EQ(Node(L"Ball")->GetBaseObject()->ClassID(), HOST_SPHERE_CLASS_ID);
-    EXPECT_EQ(Node(L"Cam")->GetTarget(), Node(L"Ball"));
+        std::filesystem::rename(reference_.ToUTF8(), reference_.ToUTF8() + ".away");
+        Open();
+        EXPECT_NE(LastReport().find(L"The file was not found"), std::wstring::npos);
+        for (const MCHAR* name : {L"Base", L"Top"}) EXPECT_EQ(Node(name), nullptr) << WStr(name).ToUTF8();
+        ASSERT_NE(Node(L"Kid"), nullptr);
+        ASSERT_NE(Node(L"Ball"), nullptr);
+        EXPECT_EQ(Node(L"Ball")->GetBaseObject()->ClassID(), EMPTY_BASE_OBJECT_CLASS_ID);
+        EXPECT_EQ(Node(L"Ball")->GetTMController()->ClassID(), EMPTY_CONTROLLER_CLASS_ID);
+        EXPECT_EQ(Node(L"Ball")->GetImageBlurMultController(), nullptr);
+        EXPECT_EQ(Node(L"Cam")->GetTarget(), Node(L"Ball"));
+
+        std::filesystem::rename(reference_.ToUTF8() + ".away", reference_.ToUTF8());
+        Open();
+        for (const MCHAR* name : {L"Base", L"Top", L"Ball", L"Kid", L"Mine", L"Cam"})
+            EXPECT_EQ(CountNamed(name), 1) << WStr(name).ToUTF8();
+        EXPECT_EQ(Node(L"Ball")->GetBaseObject()->ClassID(), HOST_SPHERE_CLASS_ID);
+        EXPECT_EQ(Node(L"Cam")->GetTarget(), Node(L"Ball"));
+    }
 }
 
 TEST_F(SceneSave, ASceneWithoutHelpersIsWrittenAsIfTheLibraryWereNotThere) {
