@@ -19,6 +19,7 @@
 #include "plugapi.h"
 #include "scene_compare.h"
 #include "platform/dialog_service.h"
+#include "platform/listener_capture.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -148,10 +149,18 @@ protected:
 
 TEST_F(SceneSave, TheSceneAfterSavingIsTheSceneBeforeAndTheFileHoldsNoReferencedContent) {
     BuildShot();
-    Script(L"select $Mine");
+    Script(L"select $Mine; Vandrels.PrintTimes true");
     const auto snapshot = TakeSnapshot();
     const auto parts = PartsOfScene();
+    hostrt::Listener::Instance().Clear();
     Save();
+    Script(L"Vandrels.PrintTimes false");
+    const std::wstring times = hostrt::Listener::Instance().Text();
+    std::size_t at = 0;
+    for (const wchar_t* line : {L"\nVD Collect Time: ", L"\nVD PreSave Time: ", L"\nVD Save Time: ", L"\nVD PostSave Time: "}) {
+        at = times.find(line, at);
+        EXPECT_NE(at, std::wstring::npos) << WStr(line).ToUTF8();
+    }
     EXPECT_EQ(JoinDifferences(CompareSnapshots(snapshot, TakeSnapshot())), "");
     EXPECT_EQ(PartsOfScene(), parts);  // the very same objects, controllers and links
     EXPECT_FALSE(GetCOREInterface()->IsSaveRequired());

@@ -220,8 +220,9 @@ void MakeAuxiliaryNodes(SaveState& s) {
     }
 }
 
-// Step 12: the links of the write, after the order of every parent's children is noted.
-void LinkForWrite(SaveState& s) {
+// The order of the children of every parent that a link entry names, noted before anything is added to the
+// scene, so that the post-save can put it back.
+void NoteChildOrders(SaveState& s) {
     for (const LinkEntry& entry : s.linkList) {
         auto known = std::find_if(s.childOrders.begin(), s.childOrders.end(),
                                   [&](const auto& order) { return order.first == entry.parent; });
@@ -230,6 +231,10 @@ void LinkForWrite(SaveState& s) {
         for (int i = 0; i < entry.parent->NumberOfChildren(); ++i) children.push_back(entry.parent->GetChildNode(i));
         s.childOrders.emplace_back(entry.parent, std::move(children));
     }
+}
+
+// Step 12: the links of the write.
+void LinkForWrite(SaveState& s) {
     for (const LinkEntry& entry : s.linkList) entry.destination->AttachChild(entry.child, 0);
 }
 
@@ -343,6 +348,7 @@ void PreSave(NotifyInfo* info) {
             DecideMergedContent(s);
         else
             DecideReferencedContent(s);
+        NoteChildOrders(s);
         step = IDS_STEP_SAVE_LOC_DEP_COLLECT;
         MakeAuxiliaryNodes(s);
         step = IDS_STEP_SAVE_LIGHTING_2;
