@@ -146,6 +146,8 @@ public:
                       int reparentAction = MERGE_REPARENT_PROMPT, BOOL includeFullGroup = FALSE);
     // Writes a scene file with just these nodes (and what they need); 13 ... 14 around it.
     int SaveNodes(const INodeTab* nodes, const MCHAR* name);
+    // Why the last file operation of the four above failed, as the listener showed it; empty after a success.
+    MSTR GetLastFileError();
     MSTR GetCurFilePath();
     MSTR GetCurFileName();
     BOOL IsSaveRequired();

@@ -300,7 +300,7 @@ TEST_F(Helper, PrintDataWritesTheHelpersLists) {
     full->DeleteThis();
 }
 
-TEST_F(Helper, ChunksRoundTripAndDropDeletedLayers) {
+TEST_F(Helper, ChunksRoundTripAndKeepDeletedLayersAsEmptyEntries) {
     ReferenceTarget* helper = NewHelper(TRUE);
     const Bytes full = FullHelperBytes();
     ASSERT_EQ(LoadInto(helper, full.Get()), IO_OK);
@@ -313,10 +313,10 @@ TEST_F(Helper, ChunksRoundTripAndDropDeletedLayers) {
     EXPECT_EQ(helper->GetReference(5), walls);
     EXPECT_EQ(SavedBy(helper), full.Get());
 
-    // The layer leaves the scene and its entry with it, so that the saved entries and the layer references
-    // stay in step.
+    // The layer leaves the scene; its entry stays, empty: counted, but without a name chunk.
     ASSERT_TRUE(GetCOREInterface()->GetLayerManager()->DeleteLayer(L"Walls"));
-    EXPECT_EQ(helper->NumRefs(), 2 + 2 + 1);
+    EXPECT_EQ(helper->NumRefs(), 2 + 2 + 1 + 1);
+    EXPECT_EQ(helper->GetReference(5), nullptr);
     Bytes dropped;
     dropped.Chunk(0x0000, std::uint32_t(0x46273400)).Chunk(0x0027, std::uint64_t(0x01D9A0B0C0D0E0F0ull));
     dropped.Chunk(0x0001, std::int32_t(2)).Chunk(0x0002, std::int32_t(1));
@@ -324,7 +324,7 @@ TEST_F(Helper, ChunksRoundTripAndDropDeletedLayers) {
     dropped.Chunk(0x0005, std::int32_t(2))
         .Wrapped(0x0006, Renamed(L"Walls", L"Ref_Walls", 0))
         .Wrapped(0x0006, Renamed(L"Props", L"Stage", 1));
-    dropped.Chunk(0x0025, std::int32_t(0));
+    dropped.Chunk(0x0025, std::int32_t(1));
     EXPECT_EQ(SavedBy(helper), dropped.Get());
     helper->DeleteThis();
 

@@ -5,8 +5,6 @@
 #include "helper/helper_params.h"
 #include "helper/module_state.h"
 #include "helper/vandrels_helper.h"
-#include "ifnpub.h"
-#include "ilayer.h"
 #include "imtl.h"
 #include "inode.h"
 #include "maxapi.h"
@@ -102,14 +100,11 @@ Tab<MtlBase*> TakeSceneMaterials(MtlBaseLib* lib) {
 }
 
 // The merge's own steps, throwing on failure.
-void RunMerge(VandrelsHelper* helper, const MSTR& path, Tab<INode*>& mergedNodes, int& step, bool& layerOption) {
+void RunMerge(VandrelsHelper* helper, const MSTR& path, Tab<INode*>& mergedNodes, int& step) {
     Interface* ip = GetCOREInterface();
+    // The host's layer option is remembered in a script global and switched off for the merge.
     RunScript(L"VDLRD=LayerManager.GetDuplicateLayerWithoutSameHierarchyOnMerge();"
               L"LayerManager.setDuplicateLayerWithoutSameHierarchyOnMerge false persist:false");
-    // The script global is shared by nested merges: this merge keeps its own copy of the option it found.
-    FPValue found;
-    if (ExecuteMAXScriptScript(L"VDLRD", MAXScript::ScriptSource::NotSpecified, TRUE, &found) && found.type == TYPE_BOOL)
-        layerOption = found.i != 0;
     step = IDS_STEP_MERGE_INITIALIZED;
 
     // The scene's materials are kept out of the library while the merge runs and put back afterwards, also when
@@ -135,10 +130,8 @@ void RunMerge(VandrelsHelper* helper, const MSTR& path, Tab<INode*>& mergedNodes
     } unmark{marked};
     const int merged = ip->MergeFromFile(path.data(), TRUE, FALSE, FALSE, MERGE_DUPS_MERGE, nullptr, 1000,
                                          MERGE_REPARENT_PROMPT, FALSE);
-    if (!merged) {
-        if (!PathFileExistsW(path.data())) throw MAXException(MSTR(L"The file was not found: ") + path, 0);
-        throw MAXException(MSTR(L"The file could not be read as a scene: ") + path, 0);
-    }
+    // A file the host cannot merge fails the merge with the host's own reason.
+    if (!merged) throw MAXException(ip->GetLastFileError(), 0);
     step = IDS_STEP_MERGE_MERGED;
     CollectUnmarked(ip->GetRootNode(), mergedNodes);
     UnmarkScene(marked);
@@ -202,9 +195,8 @@ int MergeReferenceFile(VandrelsHelper* helper, const MSTR& path, Tab<INode*>& me
         if (cause) message += L"\n\n" + cause->message;
         return message;
     };
-    bool layerOption = ip->GetLayerManager() && ip->GetLayerManager()->GetDuplicateLayerWithoutSameHierarchyOnMerge();
     try {
-        RunMerge(helper, path, mergedNodes, step, layerOption);
+        RunMerge(helper, path, mergedNodes, step);
     } catch (const MAXException& e) {
         popStack();
         throw MAXException(compose(L"Error Merging File", &e), 0);
@@ -213,7 +205,6 @@ int MergeReferenceFile(VandrelsHelper* helper, const MSTR& path, Tab<INode*>& me
         throw MAXException(compose(L"Unknown Error Merging File", nullptr), 0);
     }
     popStack();
-    RunScript(layerOption ? L"VDLRD=true" : L"VDLRD=false");
     RunScript(L"LayerManager.setDuplicateLayerWithoutSameHierarchyOnMerge VDLRD persist:false");
     return 1;
 }

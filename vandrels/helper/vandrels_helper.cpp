@@ -177,13 +177,10 @@ BOOL VandrelsHelper::IsRealDependency(ReferenceTarget* rtarg) {
 }
 
 void VandrelsHelper::OnLayerDeleted(ILayer* layer) {
-    // The entry goes with its layer, so that the saved layer entries and the layer references stay in step.
+    // The entry stays, empty: it still counts among the layer entries, and the next layer monitoring drops it.
     for (int k = refLayers.Count() - 1; k >= 0; --k)
-        if (refLayers[k] && refLayers[k]->layer == layer) {
+        if (refLayers[k] && refLayers[k]->layer == layer)
             DeleteReference(VH_FIRST_RECORD_REF + refNodes.Count() + refMaterials.Count() + k);
-            delete refLayers[k];
-            refLayers.Delete(k, 1);
-        }
 }
 
 // ---- Command panel.

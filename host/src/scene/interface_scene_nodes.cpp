@@ -17,16 +17,25 @@ namespace {
 
 std::vector<INode*> asVector(const INodeTab& nodes) { return {nodes.begin(), nodes.end()}; }
 
-// Runs a file operation; a failure answers 0 and puts its reason in the listener.
+MSTR& LastFileError() {
+    static MSTR text;
+    return text;
+}
+
+// Runs a file operation; a failure answers 0, puts its reason in the listener and keeps it for
+// GetLastFileError.
 template <class F> int reportFailure(F&& f) {
+    MSTR& reason = LastFileError();
+    reason = MSTR();
     try {
         f();
         return 1;
     } catch (const MAXException& e) {
-        mprintf(L"-- %s\n", e.message.data());
+        reason = e.message;
     } catch (const std::exception& e) {
-        mprintf(L"-- %hs\n", e.what());
+        reason = MSTR::FromUTF8(e.what());
     }
+    mprintf(L"-- %s\n", reason.data());
     return 0;
 }
 
@@ -133,6 +142,8 @@ int Interface::SaveNodes(const INodeTab* nodes, const MCHAR* name) {
     if (!nodes) return 0;
     return reportFailure([&] { hostrt::SaveNodesToFile(asVector(*nodes), MSTR(name ? name : L"")); });
 }
+
+MSTR Interface::GetLastFileError() { return LastFileError(); }
 
 MSTR Interface::GetCurFilePath() { return Scene::Instance().CurFilePath(); }
 
