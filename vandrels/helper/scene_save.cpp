@@ -381,7 +381,9 @@ void PostSave(NotifyInfo*) {
         mflush();
         s.postSaveTimer.StartTimer();
     }
-    if (HelperRegistry().Count() == 0) {
+    // The pre-save may have dropped the last helper (one inside an external scene) after it began parking.
+    const bool parked = s.holderNode || s.relinkList.Count() || s.auxList.Count() || s.linkList.Count();
+    if (HelperRegistry().Count() == 0 && !parked) {
         SetOperationMode(kModeIdle);
         return;
     }
