@@ -246,7 +246,13 @@ TEST_F(SceneSave, APersistentReferenceKeepsItsContentInTheShot) {
 
 TEST_F(SceneSave, ASceneSavedMergedOpensWithAllContentAsPlainNodesAndNoHelper) {
     WriteReference();
-    Script(L"h = Vandrels.AddVandrel " + Quoted(reference_) + L"; Vandrels.SetSaveRefsAsMerged true");
+    Script(L"h = Vandrels.AddVandrel " + Quoted(reference_) + L"; Vandrels.SetMergeForNetworkRender true");
+    // Merge for network render: a save into the temporary folder (a render job's copy) is merged.
+    const MSTR temporary = MSTR(GetCOREInterface()->GetDir(APP_TEMP_DIR)) + L"vandrels_save_render.max";
+    ASSERT_TRUE(GetCOREInterface()->SaveToFile(temporary.data(), FALSE, FALSE));
+    EXPECT_EQ(CountInFile(temporary, HOST_SPHERE_CLASS_ID), 1);
+    std::filesystem::remove(temporary.ToUTF8());
+    Script(L"Vandrels.SetMergeForNetworkRender false; Vandrels.SetSaveRefsAsMerged true");
     // Content unloaded at this moment: a node with the placeholders.
     INode* unloaded = GetCOREInterface()->CreateObjectNode(
         static_cast<Object*>(CreateInstance(GEOMOBJECT_CLASS_ID, EMPTY_BASE_OBJECT_CLASS_ID)));
@@ -270,20 +276,6 @@ TEST_F(SceneSave, ASceneSavedMergedOpensWithAllContentAsPlainNodesAndNoHelper) {
     EXPECT_EQ(Node(L"Unloaded")->GetBaseObject()->ClassID(), Class_ID(DUMMY_CLASS_ID, 0));
     EXPECT_EQ(Node(L"Unloaded")->GetTMController()->ClassID(), Class_ID(PRS_CONTROL_CLASS_ID, 0));
     EXPECT_EQ(GetCOREInterface()->GetRootNode()->NumberOfChildren(), 3);
-}
-
-TEST_F(SceneSave, SavingIntoTheTemporaryFolderWithMergeForNetworkRenderSavesMerged) {
-    WriteReference();
-    Script(L"Vandrels.AddVandrel " + Quoted(reference_) + L"; Vandrels.SetMergeForNetworkRender true");
-    const MSTR temporary = MSTR(GetCOREInterface()->GetDir(APP_TEMP_DIR)) + L"vandrels_save_render.max";
-    ASSERT_TRUE(GetCOREInterface()->SaveToFile(temporary.data(), FALSE, FALSE));
-    Script(L"Vandrels.SetMergeForNetworkRender false");
-    EXPECT_EQ(CountInFile(temporary, VANDRELS_HELPER_CLASS_ID), 0);
-    EXPECT_EQ(CountInFile(temporary, HOST_SPHERE_CLASS_ID), 1);
-    std::filesystem::remove(temporary.ToUTF8());
-    Save();  // elsewhere: the references are left out
-    EXPECT_EQ(CountInFile(file_, VANDRELS_HELPER_CLASS_ID), 1);
-    EXPECT_EQ(CountInFile(file_, HOST_SPHERE_CLASS_ID), 0);
 }
 
 TEST_F(SceneSave, AFailureInsidePreSaveIsReportedAndStillLeavesASavedFileAndARestoredScene) {
