@@ -389,7 +389,7 @@ void PostSave(NotifyInfo*) {
     }
     SetWaitCursor(true);
     SetOperationMode(kModeRestoring);
-    ClearSaveProcessValue();
+    SetPreSaveProcessPath(MSTR());
     {
         HoldSuspendedScope holdSuspended;
         try {
