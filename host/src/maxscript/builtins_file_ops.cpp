@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <climits>
 #include <ctime>
+#include <cwchar>
 #include <filesystem>
 #include <system_error>
 

@@ -17,6 +17,7 @@
 #include "scene/node_operations.h"
 #include "object.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <vector>
