@@ -3,6 +3,8 @@
 // against loading it as a reference (`Vandrels.AddVandrel`, which merges the same file and wraps every merged
 // node and material in a record). Prints the time per node of both, their ratio, the peak memory per node and
 // per node record, the cost of resetting the scene afterwards and how each cost grows from one size to the next.
+// Then the shot: a scene that references the file with one node in ten edited locally is saved (against saving
+// the same scene with the content made local) and opened again (against the plain merge of the file).
 #include "bench_scene.h"
 #include "core/class_directory.h"
 #include "core/plugin_manager.h"
@@ -11,6 +13,7 @@
 #include "inode.h"
 #include "maxapi.h"
 #include "maxscript/maxscript.h"
+#include "object.h"
 #include "platform/host_dirs.h"
 
 #include <unistd.h>
@@ -132,7 +135,111 @@ void measureLoad(const fs::path& file, int nodeCount, int repeat, Result& r, boo
              repeat);
 }
 
-Result measure(int nodeCount, int repeats, const fs::path& dir, bool& peakReset) {
+// A shot referencing a file, with every tenth referenced node edited (its wire colour).
+struct ShotResult {
+    int nodes = 0;
+    int overrides = 0;
+    double merge = 0;                  // the host's plain merge of the reference file
+    double reopen = 0;                 // opening the shot: the reference merged again, the edits applied
+    double saveShot = 0, saveLocal = 0;  // saving the shot; saving the same scene with its content local
+    std::uintmax_t shotBytes = 0, localBytes = 0;
+    double reopenMiB = 0;              // peak resident memory of the reopen above the empty scene
+};
+
+constexpr DWORD kEditedColour = 0x00123456;
+
+// Gives every step-th node below the root the edited wire colour; answers how many.
+int editEveryNth(int step) {
+    INodeTab all;
+    collectNodes(ip()->GetRootNode(), all);
+    int edited = 0;
+    for (int i = 0; i < all.Count(); i += step)
+        if (all[i]->GetObjectRef() && all[i]->GetObjectRef()->SuperClassID() != HELPER_CLASS_ID) {
+            all[i]->SetWireColor(kEditedColour);
+            ++edited;
+        }
+    return edited;
+}
+
+int countEdited() {
+    INodeTab all;
+    collectNodes(ip()->GetRootNode(), all);
+    int edited = 0;
+    for (INode* node : all) edited += node->GetWireColor() == kEditedColour;
+    return edited;
+}
+
+std::uintmax_t fileSize(const fs::path& file) {
+    std::error_code ec;
+    const auto size = fs::file_size(file, ec);
+    return ec ? 0 : size;
+}
+
+ShotResult measureShot(const fs::path& reference, int nodeCount, const fs::path& dir, bool& peakReset) {
+    ShotResult r;
+    r.nodes = nodeCount;
+    const fs::path shot = dir / ("shot_" + std::to_string(nodeCount) + ".max");
+    const fs::path local = dir / ("local_" + std::to_string(nodeCount) + ".max");
+    const MSTR shotPath(shot.wstring()), localPath(local.wstring()), referencePath(reference.wstring());
+
+    cleanStart(peakReset);
+    run(L"Vandrels.AddVandrel @\"" + reference.wstring() + L"\"");
+    r.overrides = editEveryNth(10);
+    r.saveShot = seconds([&] {
+        if (!ip()->SaveToFile(shotPath.data())) throw std::runtime_error("cannot save " + shot.string());
+    });
+    r.shotBytes = fileSize(shot);
+    run(L"(Vandrels.GetVandrel 1).baseObject.Merge()");  // the same scene, its content now local
+    r.saveLocal = seconds([&] {
+        if (!ip()->SaveToFile(localPath.data())) throw std::runtime_error("cannot save " + local.string());
+    });
+    r.localBytes = fileSize(local);
+
+    const double base = cleanStart(peakReset);
+    r.reopen = seconds([&] {
+        if (!ip()->LoadFromFile(shotPath.data(), FALSE)) throw std::runtime_error("cannot open " + shot.string());
+    });
+    r.reopenMiB = peakMemoryMiB() - base;
+    if (const int inScene = countNodes(); inScene != nodeCount + 1)
+        throw std::runtime_error("the reopened shot holds " + std::to_string(inScene) + " nodes instead of " +
+                                 std::to_string(nodeCount + 1));
+    if (const int kept = countEdited(); kept != r.overrides)
+        throw std::runtime_error("the reopened shot kept " + std::to_string(kept) + " of " +
+                                 std::to_string(r.overrides) + " edits");
+
+    cleanStart(peakReset);
+    r.merge = seconds([&] {
+        if (!ip()->MergeFromFile(referencePath.data(), TRUE, FALSE, FALSE, MERGE_DUPS_MERGE, nullptr, 1000,
+                                 MERGE_REPARENT_PROMPT, FALSE))
+            throw std::runtime_error("cannot merge " + reference.string());
+    });
+    cleanStart(peakReset);
+    fs::remove(shot);
+    fs::remove(local);
+    return r;
+}
+
+void printShotHeader() {
+    std::printf("%9s %9s %11s %11s %7s %11s %11s %7s %10s %10s %12s\n", "nodes", "overrides", "merge us/n",
+                "reopen us/n", "ratio", "save us/n", "local us/n", "ratio", "shot KiB", "local KiB",
+                "reopen KiB/rec");
+}
+
+void printShot(const ShotResult& r) {
+    std::printf("%9d %9d %11.2f %11.2f %7.2f %11.2f %11.2f %7.2f %10.0f %10.0f %12.2f\n", r.nodes, r.overrides,
+                perNodeMicros(r.merge, r.nodes), perNodeMicros(r.reopen, r.nodes), r.reopen / r.merge,
+                perNodeMicros(r.saveShot, r.nodes), perNodeMicros(r.saveLocal, r.nodes), r.saveShot / r.saveLocal,
+                double(r.shotBytes) / 1024.0, double(r.localBytes) / 1024.0, r.reopenMiB * 1024.0 / r.nodes);
+    std::fflush(stdout);
+}
+
+void printShotGrowth(const ShotResult& a, const ShotResult& b) {
+    std::printf("growth %d -> %d nodes (x%.0f; that factor means linear): merge x%.1f, reopen x%.1f, save x%.1f\n",
+                a.nodes, b.nodes, double(b.nodes) / a.nodes, b.merge / a.merge, b.reopen / a.reopen,
+                b.saveShot / a.saveShot);
+}
+
+Result measure(int nodeCount, int repeats, const fs::path& dir, bool& peakReset, std::vector<ShotResult>& shots) {
     Result r;
     r.nodes = nodeCount;
     const fs::path file = dir / ("reference_" + std::to_string(nodeCount) + ".max");
@@ -143,6 +250,7 @@ Result measure(int nodeCount, int repeats, const fs::path& dir, bool& peakReset)
         measureMerge(file, nodeCount, i, r, peakReset);
         measureLoad(file, nodeCount, i, r, peakReset);
     }
+    shots.push_back(measureShot(file, nodeCount, dir, peakReset));
     fs::remove(file);
     return r;
 }
@@ -211,13 +319,22 @@ int main(int argc, char** argv) {
                     "reset1/reset2: resetting the scene after the merge / after the load\n");
         printHeader();
         std::vector<Result> results;
+        std::vector<ShotResult> shots;
         bool peakReset = true;
         for (int n : sizes) {
-            results.push_back(measure(n, repeats, dir, peakReset));
+            results.push_back(measure(n, repeats, dir, peakReset, shots));
             printResult(results.back());
         }
         if (!peakReset) std::printf("(the peak could not be reset between steps: memory figures are not usable)\n");
         for (std::size_t i = 1; i < results.size(); ++i) printGrowth(results[i - 1], results[i]);
+
+        std::printf("\nshot: the file referenced with every tenth node edited; reopen: opening the saved shot "
+                    "(the reference merged again, the edits applied) against the plain merge;\nsave: saving the "
+                    "shot against saving the same scene with its content local (local); reopen KiB/rec: peak "
+                    "memory of the reopen per node record\n");
+        printShotHeader();
+        for (const ShotResult& shot : shots) printShot(shot);
+        for (std::size_t i = 1; i < shots.size(); ++i) printShotGrowth(shots[i - 1], shots[i]);
     } catch (const std::exception& e) {
         std::fprintf(stderr, "load_bench: %s\n", e.what());
         fs::remove_all(dir);

@@ -6,8 +6,17 @@
 
 namespace MaxSDK::AssetManagement {
 
-// Asset type numbers; plug-ins name the types they use by number.
+// Asset type numbers. The host's own types have names; plug-ins may also name theirs by number.
 using AssetType = int;
+constexpr AssetType kOtherAsset = 0;
+constexpr AssetType kBitmapAsset = 1;
+constexpr AssetType kXRefAsset = 2;  // an external scene: the file of an external-scene entry of the scene root
+constexpr AssetType kPhotometricAsset = 3;
+constexpr AssetType kAnimationAsset = 4;
+constexpr AssetType kVideoPost = 5;
+constexpr AssetType kBatchRender = 6;
+constexpr AssetType kExternalLink = 7;
+constexpr AssetType kRenderOutput = 8;
 using AssetId = int;
 constexpr AssetId kInvalidId = -1;
 
@@ -31,6 +40,17 @@ private:
     AssetId id_ = kInvalidId;
     MSTR fileName_;
     AssetType type_ = 0;
+};
+
+// The asset manager: the one place that hands out assets. An asset of a file name and type is the same asset
+// (same id) every time it is asked for; an empty file name gives the empty asset.
+class IAssetManager {
+public:
+    static IAssetManager* GetInstance();
+    // autoAcquire is accepted for the SDK's sake; assets here are never released.
+    AssetUser GetAsset(const MSTR& fileName, AssetType type, bool autoAcquire = true) const;
+    // The asset of an id; the empty asset for an id never handed out.
+    AssetUser GetAsset(AssetId id) const;
 };
 
 // One asset declared to an enumeration, which may read it and give it a new file.

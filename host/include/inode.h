@@ -3,6 +3,7 @@
 // display, render, user and bone properties the user edits. Nodes are made and kept by the scene.
 #pragma once
 
+#include "assetmanagement.h"
 #include "baseinterface.h"
 #include "control.h"
 #include "geom.h"
@@ -38,8 +39,10 @@ enum NodeDisplayFlag {
     NODE_DISP_SHADED_VERT_COLORS,
     NODE_DISP_NUM_FLAGS
 };
-// Two one-byte display values (GetDisplayValue/SetDisplayValue): the vertex-colour channel and the display
-// as-box threshold.
+// Two one-byte display values (GetDisplayValue/SetDisplayValue): what the vertex colours show (0 colour,
+// 1 illumination, 2 alpha, 3 colour plus illumination, 4 soft selection, 5 a map channel) and that map channel.
+#define NODE_DISP_VALUE_VERTEX_COLOR_TYPE 0
+#define NODE_DISP_VALUE_VERTEX_COLOR_CHANNEL 1
 #define NODE_DISP_NUM_VALUES 2
 
 // Node render switches (GetRenderFlag/SetRenderFlag). Changing one sends 568 and broadcasts 197.
@@ -55,13 +58,20 @@ enum NodeRenderFlag {
     NODE_REND_MOTION_BLUR,
     NODE_REND_NUM_FLAGS
 };
-// Node render values (GetRenderValue/SetRenderValue): 32-bit values such as the G-buffer channel, the motion-blur
-// kind, the image motion-blur multiplier (as float bits). Changing one sends 576 and broadcasts 197.
+// Node render values (GetRenderValue/SetRenderValue), 32 bits each. Changing one sends 576 and broadcasts 197.
+#define NODE_REND_VALUE_GBUFFER_CHANNEL 0    // the object channel of the G-buffer
+#define NODE_REND_VALUE_MOTION_BLUR 1        // 0 none, 1 object, 2 image
+#define NODE_REND_VALUE_IMAGE_BLUR_MULT 2    // the image motion-blur multiplier, as float bits
+#define NODE_REND_VALUE_BLUR_SAMPLES 3       // motion-blur samples
+#define NODE_REND_VALUE_BLUR_DURATION 4      // motion-blur duration in frames, as float bits
 #define NODE_REND_NUM_VALUES 5
 
 // Bone switches and settings (bone on/off is separate).
-enum NodeBoneFlag { NODE_BONE_AUTO_ALIGN = 0, NODE_BONE_FREEZE_LENGTH, NODE_BONE_SHOW_AS_LINE, NODE_BONE_NUM_FLAGS };
-#define NODE_BONE_NUM_VALUES 2  // axis and stretch kind, one byte each
+enum NodeBoneFlag { NODE_BONE_AUTO_ALIGN = 0, NODE_BONE_FREEZE_LENGTH, NODE_BONE_AXIS_FLIP, NODE_BONE_NUM_FLAGS };
+// Bone settings, one byte each: the stretch axis (0 x, 1 y, 2 z) and the stretch kind (0 scale, 1 squash, 2 none).
+#define NODE_BONE_VALUE_AXIS 0
+#define NODE_BONE_VALUE_SCALE_TYPE 1
+#define NODE_BONE_NUM_VALUES 2
 
 // Transform lock types and axes (GetTransformLock/SetTransformLock).
 #define INODE_LOCKPOS 0
@@ -270,10 +280,17 @@ public:
     virtual INode* GetLookatNode() { return nullptr; }
 
     // External-scene entries, kept by the scene root (other nodes answer 0, null or FALSE). An entry is made
-    // from an asset name without reading the file, and has a tree root of its own (IsRootNode true) under
-    // which nodes can be attached. Entries are never written by a save.
+    // from an external-scene asset (kXRefAsset) without reading the file, becomes the last entry, and has a
+    // tree root of its own (IsRootNode true) under which nodes can be attached. Entries and the nodes under
+    // their trees are never written by a save. The name form makes the external-scene asset of that name;
+    // loadNow and hideInManagerUI are accepted for the SDK's sake. An empty asset or an asset of another type
+    // is refused (FALSE).
+    virtual BOOL AddNewXRefFile(const MaxSDK::AssetManagement::AssetUser& file, BOOL loadNow = TRUE,
+                                BOOL hideInManagerUI = FALSE) { return FALSE; }
     virtual BOOL AddNewXRefFile(const MCHAR* file) { return FALSE; }
     virtual int GetXRefFileCount() { return 0; }
+    // The asset of entry i (the empty asset for a bad index) and its file name ("" for a bad index).
+    virtual MaxSDK::AssetManagement::AssetUser GetXRefAsset(int i) { return {}; }
     virtual MSTR GetXRefFile(int i) { return MSTR(); }
     virtual INode* GetXRefTree(int i) { return nullptr; }
     virtual BOOL DeleteXRefFile(int i) { return FALSE; }
@@ -302,7 +319,11 @@ public:
     virtual void SetSkinScaleOrient(const Quat& q) = 0;
 };
 
-// Render properties: ten switches (568 and 197 on change) and nine 32-bit values (576 and 197).
+// Render properties (the node's global-illumination settings): ten switches (568 and 197 on change) and nine
+// 32-bit values (576 and 197). Switches: excluded, occluder, receiver, diffuse, specular, excluded from regather,
+// global mesh settings, meshing, illumination stored to the mesh, adaptive subdivision. Values: refine steps,
+// refine steps done, mesh size, ray multiplier, minimum, maximum and initial mesh size (the sizes and the
+// multiplier as float bits), contrast threshold (float bits), subdivision level.
 #define NODE_RENDERPROPS_NUM_SWITCHES 10
 #define NODE_RENDERPROPS_NUM_VALUES 9
 class INodeRenderProperties : public BaseInterface {
@@ -314,7 +335,7 @@ public:
     virtual void SetRenderPropValue(int which, DWORD value) = 0;
 };
 
-// First extension: one display switch (577 part 0 and 199).
+// First extension (display properties): one display switch, never degrade (577 part 0 and 199).
 class INodeExtension1 : public BaseInterface {
 public:
     Interface_ID GetID() override { return NODE_EXTENSION1_INTERFACE; }
@@ -322,7 +343,8 @@ public:
     virtual void SetDisplaySwitch(BOOL onOff) = 0;
 };
 
-// Second extension: one display switch (577 part 0 and 199) and three render switches (568 and 197).
+// Second extension (layer properties): one display switch, display by layer (577 part 0 and 199), and three
+// render switches (568 and 197): render by layer, motion blur by layer, global illumination by layer.
 #define NODE_EXTENSION2_NUM_RENDER_SWITCHES 3
 class INodeExtension2 : public BaseInterface {
 public:

@@ -1,5 +1,6 @@
 // Scene snapshots and their comparison: every property is recorded as text under a stable name, so comparing
-// two snapshots is comparing texts and the differences read as the user would describe them.
+// two snapshots is comparing texts and the differences read as the user would describe them. Nodes pair by
+// place (child indices from the root) or, when asked, by name path.
 #include "scene_compare.h"
 
 #include "ilayer.h"
@@ -11,6 +12,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <functional>
 #include <map>
 #include <unordered_map>
 
@@ -65,7 +67,16 @@ public:
     SceneSnapshot snapshot;
 
     void Nodes(INode* root) {
-        for (int i = 0; i < root->NumberOfChildren(); ++i) Node(root->GetChildNode(i), std::to_string(i));
+        for (int i = 0; i < root->NumberOfChildren(); ++i) Node(root->GetChildNode(i), std::to_string(i), "");
+    }
+
+    void Entries(INode* root) {
+        for (int i = 0; i < root->GetXRefFileCount(); ++i) {
+            INode* tree = root->GetXRefTree(i);
+            SnapshotItem item{"external-scene entry " + quoted(root->GetXRefFile(i)), utf8(root->GetXRefFile(i)), {}};
+            item.properties = {{"nodes", std::to_string(tree ? CountBelow(tree) : 0)}};
+            snapshot.entries.push_back(std::move(item));
+        }
     }
 
     void Library(MtlBaseLib* lib) {
@@ -91,9 +102,19 @@ public:
 private:
     std::unordered_map<Mtl*, std::string> materialKey_;
     std::map<std::string, int> nameCount_;
+    std::map<std::string, int> pathCount_;
 
-    void Node(INode* node, const std::string& position) {
+    static int CountBelow(INode* node) {
+        int count = 0;
+        for (int i = 0; i < node->NumberOfChildren(); ++i) count += 1 + CountBelow(node->GetChildNode(i));
+        return count;
+    }
+
+    void Node(INode* node, const std::string& position, const std::string& parentPath) {
         SnapshotItem item{"node " + quoted(node->GetName()), utf8(node->GetName()), {}};
+        const std::string namePath = (parentPath.empty() ? "" : parentPath + "/") + utf8(node->GetName());
+        const int occurrence = ++pathCount_[namePath];
+        item.path = occurrence > 1 ? namePath + " #" + std::to_string(occurrence) : namePath;
         Properties& p = item.properties;
         INode* parent = node->GetParentNode();
         p.emplace_back("parent", parent && !parent->IsRootNode() ? quoted(parent->GetName()) : "scene root");
@@ -109,6 +130,11 @@ private:
         Bone(node, p);
         p.emplace_back("object offset", point(node->GetObjOffsetPos()) + " " + quat(node->GetObjOffsetRot()) + " " +
                                             point(node->GetObjOffsetScale().s));
+        Locks(node, p);
+        p.emplace_back("group", std::string("member ") + yesNo(node->IsGroupMember()) + ", head " +
+                                    yesNo(node->IsGroupHead()) + ", open member " + yesNo(node->IsOpenGroupMember()) +
+                                    ", open head " + yesNo(node->IsOpenGroupHead()));
+        SkinPose(node, p);
         ILayer* layer = node->GetLayer();
         p.emplace_back("layer", layer ? quoted(layer->GetName()) : "none");
         Mtl* mtl = node->GetMtl();
@@ -116,24 +142,56 @@ private:
         ObjectChain(node->GetObjOrWSMRef(), p);
         Controller(node->GetTMController(), "transform controller", p);
         Controller(node->GetVisController(), "visibility controller", p);
+        const std::string childPath = namePath;
         snapshot.nodes.emplace_back(position, std::move(item));
         for (int i = 0; i < node->NumberOfChildren(); ++i)
-            Node(node->GetChildNode(i), position + "." + std::to_string(i));
+            Node(node->GetChildNode(i), position + "." + std::to_string(i), childPath);
     }
 
+    static std::string switches(int count, const std::function<bool(int)>& on) {
+        std::string text;
+        for (int i = 0; i < count; ++i) text += on(i) ? '1' : '0';
+        return text;
+    }
+
+    static void Locks(INode* node, Properties& p) {
+        p.emplace_back("transform locks", switches(9, [node](int i) { return node->GetTransformLock(i / 3, i % 3); }));
+    }
+
+    static void SkinPose(INode* node, Properties& p) {
+        auto* skin = static_cast<INodeSkinPose*>(node->GetInterface(INODE_SKINPOSE_INTERFACE));
+        if (!skin) return;
+        p.emplace_back("skin pose", point(skin->GetSkinPos()) + " " + quat(skin->GetSkinRot()) + " " +
+                                        point(skin->GetSkinScale()) + " " + quat(skin->GetSkinScaleOrient()));
+    }
+
+    // The node's display and render switches and values, with those of its extension interfaces: display
+    // properties (never degrade), layer properties (display, render, motion and illumination by layer) and the
+    // render properties (global illumination).
     static void DisplayAndRender(INode* node, Properties& p) {
-        std::string flags;
-        for (int i = 0; i < NODE_DISP_NUM_FLAGS; ++i) flags += node->GetDisplayFlag(i) ? '1' : '0';
-        p.emplace_back("display flags", flags);
+        p.emplace_back("display flags", switches(NODE_DISP_NUM_FLAGS, [node](int i) { return node->GetDisplayFlag(i); }));
         std::string values;
         for (int i = 0; i < NODE_DISP_NUM_VALUES; ++i) values += (i ? " " : "") + std::to_string(node->GetDisplayValue(i));
         p.emplace_back("display values", values);
-        flags.clear();
-        for (int i = 0; i < NODE_REND_NUM_FLAGS; ++i) flags += node->GetRenderFlag(i) ? '1' : '0';
-        p.emplace_back("render flags", flags);
+        p.emplace_back("render flags", switches(NODE_REND_NUM_FLAGS, [node](int i) { return node->GetRenderFlag(i); }));
         values.clear();
         for (int i = 0; i < NODE_REND_NUM_VALUES; ++i) values += (i ? " " : "") + hex(node->GetRenderValue(i));
         p.emplace_back("render values", values);
+        if (auto* display = static_cast<INodeExtension1*>(node->GetInterface(NODE_EXTENSION1_INTERFACE)))
+            p.emplace_back("never degrade", yesNo(display->GetDisplaySwitch()));
+        if (auto* byLayer = static_cast<INodeExtension2*>(node->GetInterface(NODE_EXTENSION2_INTERFACE))) {
+            p.emplace_back("display by layer", yesNo(byLayer->GetDisplaySwitch()));
+            p.emplace_back("render by layer switches", switches(NODE_EXTENSION2_NUM_RENDER_SWITCHES, [byLayer](int i) {
+                               return byLayer->GetRenderSwitch(i) != FALSE;
+                           }));
+        }
+        if (auto* gi = static_cast<INodeRenderProperties*>(node->GetInterface(NODE_RENDERPROPS_INTERFACE))) {
+            p.emplace_back("render property switches",
+                           switches(NODE_RENDERPROPS_NUM_SWITCHES, [gi](int i) { return gi->GetRenderSwitch(i) != FALSE; }));
+            values.clear();
+            for (int i = 0; i < NODE_RENDERPROPS_NUM_VALUES; ++i) values += (i ? " " : "") + hex(gi->GetRenderPropValue(i));
+            p.emplace_back("render property values", values);
+        }
     }
 
     static void Bone(INode* node, Properties& p) {
@@ -370,28 +428,47 @@ SceneSnapshot TakeSnapshot() {
     recorder.Nodes(ip->GetRootNode());
     recorder.Library(ip->GetSceneMtls());
     recorder.Layers(ip->GetLayerManager());
+    recorder.Entries(ip->GetRootNode());
     return std::move(recorder.snapshot);
 }
 
-std::vector<std::string> CompareSnapshots(const SceneSnapshot& first, const SceneSnapshot& second) {
+std::vector<std::string> CompareSnapshots(const SceneSnapshot& first, const SceneSnapshot& second,
+                                          const CompareOptions& options) {
     std::vector<std::string> out;
+    auto key = [&options](const std::pair<std::string, SnapshotItem>& node) {
+        return options.byName ? node.second.path : node.first;
+    };
     std::map<std::string, const SnapshotItem*> secondNodes;
-    for (auto& [position, item] : second.nodes) secondNodes.emplace(position, &item);
+    for (auto& node : second.nodes) secondNodes.emplace(key(node), &node.second);
     std::map<std::string, bool> paired;
-    for (auto& [position, item] : first.nodes) {
-        auto it = secondNodes.find(position);
+    for (auto& node : first.nodes) {
+        const std::string k = key(node);
+        auto it = secondNodes.find(k);
         if (it == secondNodes.end()) {
-            out.push_back(item.label + " (at " + position + ") only in the first scene");
+            out.push_back(node.second.label + " (at " + k + ") only in the first scene");
             continue;
         }
-        paired[position] = true;
-        compareItems(item, *it->second, out);
+        paired[k] = true;
+        compareItems(node.second, *it->second, out);
     }
-    for (auto& [position, item] : second.nodes)
-        if (!paired.count(position)) out.push_back(item.label + " (at " + position + ") only in the second scene");
+    for (auto& node : second.nodes)
+        if (!paired.count(key(node))) out.push_back(node.second.label + " (at " + key(node) + ") only in the second scene");
     compareByLabel(first.materials, second.materials, out);
     compareByIndex(first.layers, second.layers, out);
+    compareByIndex(first.entries, second.entries, out);
     return out;
+}
+
+std::vector<std::string> DescribeSnapshot(const SceneSnapshot& snapshot) {
+    std::vector<std::string> lines;
+    auto describe = [&lines](const SnapshotItem& item) {
+        for (auto& [name, value] : item.properties) lines.push_back(item.label + ": " + name + " " + value);
+    };
+    for (auto& node : snapshot.nodes) describe(node.second);
+    for (auto& item : snapshot.materials) describe(item);
+    for (auto& item : snapshot.layers) describe(item);
+    for (auto& item : snapshot.entries) describe(item);
+    return lines;
 }
 
 std::string JoinDifferences(const std::vector<std::string>& differences) {

@@ -1,5 +1,6 @@
 // Structural comparison of scenes for tests: a snapshot records what the open scene holds as readable text
-// (nodes, objects, modifier stacks, controllers, materials, layers); two snapshots answer their differences.
+// (nodes with every property a user edits, objects, modifier stacks, controllers, materials, layers, external-
+// scene entries); two snapshots answer their differences, pairing nodes by place or by name path.
 #pragma once
 
 #include <string>
@@ -13,6 +14,9 @@ struct SnapshotItem {
     std::string label;  // how differences name the item: "node 'Box01'", "material 'Red' (2)", "layer 'walls'"
     std::string name;   // the item's own name (for "'a'/'b'" labels when paired items differ in name)
     std::vector<std::pair<std::string, std::string>> properties;
+    // Nodes only: the names from the top-level node down ("Box01/Sphere01"), with " #2", " #3" ... after the
+    // second and later nodes of the same path.
+    std::string path = {};
 };
 
 // What a scene held when the snapshot was taken. It keeps no pointers, so it outlives the scene.
@@ -26,14 +30,27 @@ struct SceneSnapshot {
     std::vector<SnapshotItem> materials;
     // The layer manager's layers in its order.
     std::vector<SnapshotItem> layers;
+    // The external-scene entries of the scene root in their order: asset file name and node count of the tree.
+    std::vector<SnapshotItem> entries;
+};
+
+struct CompareOptions {
+    // Pair nodes by name path instead of by place: a scene reopened after referenced nodes were merged back as
+    // new last children of the root still pairs each node with its namesake.
+    bool byName = false;
 };
 
 // Records the open scene.
 SceneSnapshot TakeSnapshot();
 
 // The differences between two snapshots as readable lines, empty when the scenes agree, e.g.
-// "node 'Box01'/'Box02': wire colour 0x00FF0000 vs 0x0000FF00" or "node 'Box03' (at 4) only in the second scene".
-std::vector<std::string> CompareSnapshots(const SceneSnapshot& first, const SceneSnapshot& second);
+// "node 'Box01'/'Box02': wire colour 0x00FF0000 vs 0x0000FF00" or "node 'Box03' (at 4) only in the second scene"
+// ("(at Group01/Box03)" when pairing by name).
+std::vector<std::string> CompareSnapshots(const SceneSnapshot& first, const SceneSnapshot& second,
+                                          const CompareOptions& options = {});
+
+// The snapshot as readable lines, one per property ("node 'Box01': wire colour 0x00FF0000").
+std::vector<std::string> DescribeSnapshot(const SceneSnapshot& snapshot);
 
 // All differences joined with newlines (for test failure messages).
 std::string JoinDifferences(const std::vector<std::string>& differences);

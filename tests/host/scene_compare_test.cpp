@@ -1,5 +1,6 @@
-// The scene comparison: a scene saved and opened again compares equal to itself, and a change of each kind
-// (node properties, hierarchy, objects, modifier stacks, controllers, materials, layers) is reported.
+// The scene comparison: a scene saved and opened again compares equal to itself, a change of each kind (node
+// properties, hierarchy, objects, modifier stacks, controllers, materials, layers, external-scene entries) is
+// reported, and nodes pair by name path when asked.
 #include "core/class_directory.h"
 #include "ilayer.h"
 #include "imtl.h"
@@ -172,6 +173,40 @@ TEST_F(SceneCompare, ReportsNodePropertiesAndHierarchy) {
         {"render flag", [](SampleScene& s) { s.camera->SetRenderFlag(NODE_REND_CAST_SHADOWS, !s.camera->GetRenderFlag(NODE_REND_CAST_SHADOWS)); },
          "node 'Camera01': render flags "},
         {"bone", [](SampleScene& s) { s.sphere->SetBoneNodeOnOff(TRUE, 0); }, "node 'Sphere01': bone off, "},
+        {"transform lock", [](SampleScene& s) { s.sphere->SetTransformLock(INODE_LOCKROT, INODE_LOCK_X, TRUE); },
+         "node 'Sphere01': transform locks 000000000 vs 000100000"},
+        {"group state", [](SampleScene& s) { s.box->SetGroupHeadOpen(TRUE); },
+         "node 'Box01': group member no, head no, open member no, open head no vs member no, head no, open member no, "
+         "open head yes"},
+        {"skin pose", [](SampleScene& s) {
+             static_cast<INodeSkinPose*>(s.sphere->GetInterface(INODE_SKINPOSE_INTERFACE))->SetSkinPos(Point3(0, 0, 2));
+         },
+         "node 'Sphere01': skin pose (0.0000, 0.0000, 0.0000) (0.0000, 0.0000, 0.0000, 1.0000) (1.0000, 1.0000, 1.0000) "
+         "(0.0000, 0.0000, 0.0000, 1.0000) vs (0.0000, 0.0000, 2.0000) "},
+        {"object offset", [](SampleScene& s) { s.box->SetObjOffsetPos(Point3(0, 1, 0)); },
+         "node 'Box01': object offset (0.0000, 0.0000, 0.0000) "},
+        {"never degrade", [](SampleScene& s) {
+             static_cast<INodeExtension1*>(s.camera->GetInterface(NODE_EXTENSION1_INTERFACE))->SetDisplaySwitch(TRUE);
+         },
+         "node 'Camera01': never degrade no vs yes"},
+        {"display by layer", [](SampleScene& s) {
+             static_cast<INodeExtension2*>(s.camera->GetInterface(NODE_EXTENSION2_INTERFACE))->SetDisplaySwitch(TRUE);
+         },
+         "node 'Camera01': display by layer no vs yes"},
+        {"render by layer", [](SampleScene& s) {
+             static_cast<INodeExtension2*>(s.camera->GetInterface(NODE_EXTENSION2_INTERFACE))->SetRenderSwitch(2, TRUE);
+         },
+         "node 'Camera01': render by layer switches 000 vs 001"},
+        {"render property switch", [](SampleScene& s) {
+             static_cast<INodeRenderProperties*>(s.box->GetInterface(NODE_RENDERPROPS_INTERFACE))->SetRenderSwitch(9, TRUE);
+         },
+         "node 'Box01': render property switches 0000000000 vs 0000000001"},
+        {"render property value", [](SampleScene& s) {
+             static_cast<INodeRenderProperties*>(s.box->GetInterface(NODE_RENDERPROPS_INTERFACE))->SetRenderPropValue(0, 6);
+         },
+         "node 'Box01': render property values 0x00000000 "},
+        {"external-scene entry", [](SampleScene&) { ip()->GetRootNode()->AddNewXRefFile(L"VDTXR"); },
+         "external-scene entry 'VDTXR' (#0) only in the second scene"},
         {"deleted child", [](SampleScene& s) { ip()->DeleteNode(s.sphere); },
          "node 'Sphere01' (at 0.0) only in the first scene"},
     });
@@ -250,4 +285,37 @@ TEST_F(SceneCompare, SceneMergedIntoAnEmptySceneHasNoDifferences) {
     ASSERT_EQ(ip()->MergeFromFile(file.data(), TRUE, FALSE, FALSE, MERGE_DUPS_MERGE, nullptr, MERGE_DUP_MTL_USE_MERGED), 1);
     const auto differences = CompareSnapshots(before, TakeSnapshot());
     EXPECT_TRUE(differences.empty()) << JoinDifferences(differences);
+}
+
+// A scene saved and merged back after a node of its own: by place every node moved, by name path only the new
+// node differs. Same-named siblings pair in order.
+TEST_F(SceneCompare, PairsNodesByNamePathWhenAsked) {
+    SampleScene scene;
+    INode* twin = ip()->CreateObjectNode(create<Object>(GEOMOBJECT_CLASS_ID, HOST_SPHERE_CLASS_ID));
+    twin->SetName(L"Sphere01");
+    scene.box->AttachChild(twin, FALSE);
+    twin->SetWireColor(0x000000FF);
+    const auto before = TakeSnapshot();
+    ASSERT_EQ(before.nodes[1].second.path, "Box01/Sphere01");
+    ASSERT_EQ(before.nodes[2].second.path, "Box01/Sphere01 #2");
+    const MSTR file = path("by_name.max");
+    ASSERT_EQ(ip()->SaveToFile(file.data()), 1);
+    ip()->FileReset();
+    ip()->CreateObjectNode(create<Object>(GEOMOBJECT_CLASS_ID, HOST_BOX_CLASS_ID))->SetName(L"Local");
+    ASSERT_EQ(ip()->MergeFromFile(file.data(), TRUE, FALSE, FALSE, MERGE_DUPS_MERGE, nullptr, MERGE_DUP_MTL_USE_MERGED), 1);
+    const auto after = TakeSnapshot();
+
+    const auto byPlace = CompareSnapshots(before, after);
+    EXPECT_TRUE(contains(byPlace, "node 'Box01'/'Local': name 'Box01' vs 'Local'")) << JoinDifferences(byPlace);
+    hostrt::test::CompareOptions options;
+    options.byName = true;
+    const auto byName = CompareSnapshots(before, after, options);
+    EXPECT_EQ(byName, (std::vector<std::string>{"node 'Local' (at Local) only in the second scene",
+                                                "layer '0': node count 3 vs 4"}))
+        << JoinDifferences(byName);
+
+    // The twins keep their order: swapping their colours shows on both.
+    ip()->GetINodeByName(L"Box01")->GetChildNode(1)->SetWireColor(0);
+    const auto swapped = CompareSnapshots(before, TakeSnapshot(), options);
+    EXPECT_TRUE(contains(swapped, "node 'Sphere01': wire colour 0x000000FF vs 0x00000000")) << JoinDifferences(swapped);
 }

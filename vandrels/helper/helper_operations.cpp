@@ -1,6 +1,7 @@
-// The helper's reference operations that wait for the unloading and saving pipelines: each logs its call
+// The helper's reference operations that wait for the unloading pipeline: each logs its call
 // (operation_log.h), does nothing and answers the failure result 0. Loading (helper_load.cpp), making a
-// reference local (helper_merge.cpp) and showing the duplicated names are in place.
+// reference local (helper_merge.cpp), dismissing it (helper_dismiss.cpp) and showing the duplicated names are
+// in place.
 #include "helper/operation_log.h"
 #include "helper/vandrels_helper.h"
 #include "ui/dup_names_dialog.h"
@@ -13,11 +14,6 @@ int VandrelsHelper::Reload() {
 int VandrelsHelper::Unload() {
     vandrels::LogOperation(L"Unload");
     return 0;  // placeholder: the unloading pipeline is not in place yet
-}
-
-int VandrelsHelper::Dismiss() {
-    vandrels::LogOperation(L"Dismiss");
-    return 0;  // placeholder
 }
 
 int VandrelsHelper::Reset() {

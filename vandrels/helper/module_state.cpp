@@ -12,6 +12,8 @@ struct ModuleState {
     bool monitorSuspended = false;
     int nestingCounter = 0;
     bool notificationsRegistered = false;
+    bool bulkRemoval = false;
+    MSTR preSaveProcessPath;
 };
 
 ModuleState& State() {
@@ -48,6 +50,10 @@ bool IsMonitorSuspended() { return State().monitorSuspended; }
 void SetMonitorSuspended(bool suspended) { State().monitorSuspended = suspended; }
 int GetNestingCounter() { return State().nestingCounter; }
 void SetNestingCounter(int value) { State().nestingCounter = value; }
+bool IsBulkRemoval() { return State().bulkRemoval; }
+void SetBulkRemoval(bool on) { State().bulkRemoval = on; }
+const MSTR& GetPreSaveProcessPath() { return State().preSaveProcessPath; }
+void SetPreSaveProcessPath(const MSTR& path) { State().preSaveProcessPath = path; }
 bool AreNotificationsRegistered() { return State().notificationsRegistered; }
 void SetNotificationsRegistered(bool registered) { State().notificationsRegistered = registered; }
 

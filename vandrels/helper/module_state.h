@@ -69,6 +69,14 @@ void SetMonitorSuspended(bool suspended);
 int GetNestingCounter();
 void SetNestingCounter(int value);
 
+// While the scripting interface removes many helpers at once: deleting a helper node then does not register the
+// one-time follow-up that a single deletion by the user registers.
+bool IsBulkRemoval();
+void SetBulkRemoval(bool on);
+// The file name the host's pre-save-process notification carried, kept until the next post-save clears it.
+const MSTR& GetPreSaveProcessPath();
+void SetPreSaveProcessPath(const MSTR& path);
+
 // Whether the process-wide notifications (module_notifications.h) are registered.
 bool AreNotificationsRegistered();
 void SetNotificationsRegistered(bool registered);

@@ -2,6 +2,7 @@
 // lives, it turns node events that reference messages do not carry into messages to the records.
 #pragma once
 
+#include "helper/scene_events.h"
 #include "iscene_events.h"
 
 class VandrelsHelper;
@@ -10,9 +11,8 @@ class NodeCallback : public INodeEventCallback {
 public:
     explicit NodeCallback(VandrelsHelper* helper) : helper_(helper) {}
     VandrelsHelper* GetHelper() const { return helper_; }
-    // The group-changed reaction (the nodes' dependents hear that their group state changed) comes with the
-    // scene event handling; until then the callback only holds its registration.
-    void GroupChanged(NodeKeyTab&) override {}
+    // The nodes' dependents hear that their group state changed.
+    void GroupChanged(NodeKeyTab& nodes) override { vandrels::OnGroupChanged(nodes); }
 
 private:
     VandrelsHelper* helper_;

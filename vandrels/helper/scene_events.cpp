@@ -1,26 +1,192 @@
 #include "helper/scene_events.h"
 
+#include "frame/module.h"
+#include "helper/layer_monitoring.h"
 #include "helper/module_state.h"
+#include "helper/vandrels_helper.h"
+#include "hold.h"
+#include "ilayer.h"
+#include "iscene_events.h"
 #include "inode.h"
+#include "maxapi.h"
 #include "notify.h"
+#include "records/ref_material.h"
 #include "records/ref_node.h"
 #include "records/scene_utils.h"
+#include "script/reference_operations.h"
 
 namespace vandrels {
+namespace {
+
+struct SelectionSetState {
+    Tab<WStr*> names;
+    bool tracking = true;
+};
+
+SelectionSetState& SelectionSets() {
+    static SelectionSetState state;
+    return state;
+}
+
+void Tell(INode* node, RefMessage message, PartID part = 0) {
+    if (node) node->NotifyDependents(FOREVER, part, message);
+}
+
+VandrelsHelper* HelperOf(INode* node) { return node ? VandrelsHelper::FromObject(node->GetObjectRef()) : nullptr; }
+
+// The one-time follow-up of a helper node's deletion by the user: once the node is gone, the manager window
+// shows the rest and the undo buffer, which can no longer bring the reference back, is cleared.
+void AfterHelperDeleted(void*, NotifyInfo*) {
+    UnRegisterNotification(AfterHelperDeleted, nullptr, NOTIFY_SCENE_POST_DELETED_NODE);
+    RefreshManagerIfOpen();
+    theHold.FlushUndoBuffer();
+}
+
+void RebuildSelectionSetCache() {
+    Tab<WStr*>& names = SelectionSets().names;
+    for (WStr* name : names) delete name;
+    names.ZeroCount();
+    Interface* ip = GetCOREInterface();
+    for (int i = 0; i < ip->GetNumNamedSelSets(); ++i) names.Append(new WStr(ip->GetNamedSelSetName(i)));
+}
+
+// A set was made, removed or renamed. When one is gone, every node record hears the index it had.
+void OnSelectionSetsChanged() {
+    if (!SelectionSets().tracking) return;
+    Interface* ip = GetCOREInterface();
+    const int count = ip->GetNumNamedSelSets();
+    const Tab<WStr*>& cached = SelectionSets().names;
+    if (count < cached.Count()) {
+        int removed = -1;
+        for (int k = 0; k < cached.Count() && removed < 0; ++k) {
+            bool present = false;
+            for (int i = 0; i < count && !present; ++i) present = cached[k] && *cached[k] == ip->GetNamedSelSetName(i);
+            if (!present) removed = k;
+        }
+        if (removed >= 0)
+            for (VandrelsHelper* helper : HelperRegistry())
+                if (helper)
+                    for (RefNode* record : helper->refNodes)
+                        if (record) record->OnSelectionSetRemoved(removed);
+    }
+    RebuildSelectionSetCache();
+}
+
+// A node property without a notification of its own changed: its records hear it, unless the library is at
+// work or a scene file is being opened.
+void OnNodePropertyChanged(const NodePropertyChange* change) {
+    if (!change || GetOperationMode() != kModeIdle || IsFileOpening()) return;
+    INode* node = change->node;
+    if (!node || !node->GetObjectRef() || change->propertyId == 0) return;
+    Tell(node, kMsgNodePropertyChanged, PartID(change->propertyId));
+}
+
+void OnNodeRenamed(const NameChange* change) {
+    if (!change || !change->node || GetOperationMode() != kModeIdle) return;
+    if (RefNode* record = FindNodeRecord(change->node)) {
+        record->OnNodeRenamed(MSTR(change->newName));
+        return;
+    }
+    if (VandrelsHelper* helper = HelperOf(change->node))
+        OnHelperRenamed(helper, MSTR(change->newName), MSTR(change->oldName ? change->oldName : L""));
+}
+
+void OnNodeAboutToBeDeleted(INode* node) {
+    VandrelsHelper* helper = HelperOf(node);
+    if (!helper) return;
+    helper->Dismiss();
+    if (!IsBulkRemoval()) RegisterNotification(AfterHelperDeleted, nullptr, NOTIFY_SCENE_POST_DELETED_NODE);
+}
+
+void TellEachNode(const NotifyInfo* info, RefMessage message) {
+    const auto* nodes = static_cast<const INodeTab*>(info->callParam);
+    if (!nodes) return;
+    for (INode* node : *nodes) Tell(node, message);
+}
+
+}  // namespace
 
 void OnSceneEvent(NotifyInfo* info) {
     if (!info) return;
     switch (info->intcode) {
-        case NOTIFY_NODE_RENAMED: {
-            // The user renamed a node; a node record takes the new name as its local name.
-            if (GetOperationMode() != kModeIdle || !info->callParam) return;
-            const auto* change = static_cast<const NameChange*>(info->callParam);
-            if (RefNode* record = FindNodeRecord(change->node)) record->OnNodeRenamed(MSTR(change->newName));
+        case NOTIFY_NODE_LINKED: {
+            auto* node = static_cast<INode*>(info->callParam);
+            if (!node) return;
+            Tell(node, kMsgParentChanged);
+            INode* parent = node->GetParentNode();
+            if (parent && !parent->IsRootNode()) Tell(parent, kMsgChildAttached, reinterpret_cast<PartID>(node));
+            return;
+        }
+        case NOTIFY_NODE_LAYER_CHANGED: {
+            const auto* change = static_cast<const NodeLayerChange*>(info->callParam);
+            if (change) Tell(change->node, kMsgLayerChanged, reinterpret_cast<PartID>(change->newLayer));
+            return;
+        }
+        case NOTIFY_POST_NODE_DISPLAY_PROP_CHANGED:
+            TellEachNode(info, kMsgDisplayPropsChanged);
+            return;
+        case NOTIFY_POST_NODE_RENDER_PROP_CHANGED:
+            TellEachNode(info, kMsgRenderPropsChanged);
+            return;
+        case NOTIFY_POST_NODE_USER_PROP_CHANGED:
+            TellEachNode(info, kMsgUserPropsChanged);
+            return;
+        case NOTIFY_POST_NODE_BONE_PROP_CHANGED:
+            TellEachNode(info, kMsgBonePropsChanged);
+            return;
+        case NOTIFY_NODE_PROPERTY_CHANGED:
+        case NOTIFY_NODE_STRUCTURE_CHANGED:
+            OnNodePropertyChanged(static_cast<const NodePropertyChange*>(info->callParam));
+            return;
+        case NOTIFY_NODE_RENAMED:
+            OnNodeRenamed(static_cast<const NameChange*>(info->callParam));
+            return;
+        case NOTIFY_NODE_CREATED: {
+            // A helper node is frozen, as the add-reference function freezes the ones it makes.
+            auto* node = static_cast<INode*>(info->callParam);
+            if (HelperOf(node) && !node->IsFrozen()) node->Freeze(TRUE);
+            return;
+        }
+        case NOTIFY_SCENE_PRE_DELETED_NODE:
+            OnNodeAboutToBeDeleted(static_cast<INode*>(info->callParam));
+            return;
+        case NOTIFY_NAMED_SEL_SET_CREATED:
+        case NOTIFY_NAMED_SEL_SET_DELETED:
+        case NOTIFY_NAMED_SEL_SET_RENAMED:
+            OnSelectionSetsChanged();
+            return;
+        case NOTIFY_FILE_POST_OPEN:
+            RebuildSelectionSetCache();
+            return;
+        case NOTIFY_FILE_POST_MERGE3:
+            if (GetOperationMode() == kModeIdle) RefreshManagerIfOpen();
+            return;
+        case NOTIFY_FILE_PRE_SAVE_PROCESS: {
+            const auto* process = static_cast<const NotifyFileProcess*>(info->callParam);
+            SetPreSaveProcessPath(process && process->fileName ? MSTR(process->fileName) : MSTR());
             return;
         }
         default:
             return;
     }
 }
+
+void OnGroupChanged(const Tab<ULONG>& nodeKeys) {
+    for (ULONG key : nodeKeys) Tell(NodeEventNamespace::GetNodeByKey(key), kMsgGroupChanged);
+}
+
+void OnHelperRenamed(VandrelsHelper* helper, const MSTR& newName, const MSTR& oldName) {
+    if (!helper || !helper->pblock || !helper->pblock->GetInt(vh_use_name_prefix)) return;
+    OperationModeScope mode(kModeRenaming);
+    for (RefNode* record : helper->refNodes)
+        if (record) record->ApplyNamePrefix(newName);
+    for (RefMaterial* record : helper->refMaterials)
+        if (record) record->ApplyNamePrefix(newName);
+    ChangeLayerPrefix(helper, oldName, newName);
+}
+
+bool IsSelectionSetTracking() { return SelectionSets().tracking; }
+void SetSelectionSetTracking(bool on) { SelectionSets().tracking = on; }
+const Tab<WStr*>& CachedSelectionSetNames() { return SelectionSets().names; }
 
 }  // namespace vandrels

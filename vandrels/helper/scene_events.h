@@ -4,12 +4,46 @@
 // renamed and deleted, and named selection sets, are kept in step.
 #pragma once
 
+#include "maxtypes.h"
+#include "strclass.h"
+#include "tab.h"
+
+class INode;
+class VandrelsHelper;
 struct NotifyInfo;
 
 namespace vandrels {
 
+// The library's messages to a node's dependents (reference message codes, sent over all time).
+enum SceneEventMessage : RefMessage {
+    kMsgParentChanged = 0x8663DF12,       // the node's parent changed
+    kMsgChildAttached = 0x8663DF13,       // a child was attached to the node; the child travels as the part
+    kMsgGroupChanged = 0x8663DF14,        // the node's group state changed
+    kMsgLayerChanged = 0x8663DF15,        // the node moved to another layer; the layer travels as the part
+    kMsgDisplayPropsChanged = 0x8663DF16,
+    kMsgRenderPropsChanged = 0x8663DF17,
+    kMsgUserPropsChanged = 0x8663DF18,
+    kMsgBonePropsChanged = 0x8663DF19,
+    kMsgNodeAdopted = 0x8663DF23,         // a helper adopted the node
+    kMsgNodePropertyChanged = 0x8663DF24  // a general node property changed; the property id travels as the part
+};
+
 // One host notification of the scene-event group (links, creation, deletion, property edits, renames,
-// selection sets, merges); info->intcode tells which.
+// selection sets, merges, scene opened); info->intcode tells which.
 void OnSceneEvent(NotifyInfo* info);
+
+// The group-changed reaction of the helpers' node-event callbacks: each node's dependents hear that its group
+// state changed.
+void OnGroupChanged(const Tab<ULONG>& nodeKeys);
+
+// The helper's node was renamed: with the name prefix in use, the prefixed names of its nodes, materials and
+// layers follow the new name.
+void OnHelperRenamed(VandrelsHelper* helper, const MSTR& newName, const MSTR& oldName);
+
+// Whether changes of the named selection sets are followed (on, except while a batch rebuilds the sets).
+bool IsSelectionSetTracking();
+void SetSelectionSetTracking(bool on);
+// The names of the scene's named selection sets as last seen, in the host's order.
+const Tab<WStr*>& CachedSelectionSetNames();
 
 }  // namespace vandrels

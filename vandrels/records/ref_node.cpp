@@ -350,6 +350,15 @@ void RefNode::OnNodeRenamed(const MSTR& newName) {
         SetOverrideFlags(kNodeNameWithoutPrefix, kNodeNameWithoutPrefix);
 }
 
+void RefNode::OnSelectionSetRemoved(int setIndex) {
+    for (int k = selectionSets_.Count() - 1; k >= 0; --k) {
+        if (selectionSets_[k] == setIndex)
+            selectionSets_.Delete(k, 1);
+        else if (selectionSets_[k] > setIndex)
+            --selectionSets_[k];
+    }
+}
+
 // ------------------------------------------------------------------------------------------ node state
 
 std::int32_t RefNode::computeNodeKind(INode* node) {

@@ -123,6 +123,9 @@ public:
 
     // The user renamed the node (forwarded by the helper's scene events).
     void OnNodeRenamed(const MSTR& newName);
+    // The named selection set at index setIndex is gone: the record forgets it, and the indices after it move
+    // down by one.
+    void OnSelectionSetRemoved(int setIndex);
     // Whether a scene item other than the records depends on node.
     bool HasLocalDependents(ReferenceTarget* item);
     // Modifier monitoring (records/ref_node_mods.cpp).

@@ -1,21 +1,44 @@
 #include "script/reference_operations.h"
 
+#include "helper/helper_list.h"
+#include "helper/module_state.h"
+#include "maxapi.h"
 #include "maxscript/maxscript.h"
+#include "script/index_list.h"
+
+#include <unordered_set>
 
 namespace vandrels {
+namespace {
+
+// Deletes the helper nodes at once; each helper's reaction to its deletion removes its content. No follow-up is
+// registered per node: the manager window is refreshed once here. A failure ends the removal silently.
+void RemoveHelperNodes(const std::vector<INode*>& nodes) {
+    SetBulkRemoval(true);
+    try {
+        INodeTab table;
+        std::unordered_set<INode*> seen;
+        for (INode* node : nodes)
+            if (node && seen.insert(node).second) table.Append(node);
+        if (table.Count()) GetCOREInterface()->DeleteNodes(table, true, true);
+        RefreshManagerIfOpen();
+    } catch (...) {
+    }
+    SetBulkRemoval(false);
+}
+
+}  // namespace
 
 // Placeholder: the multi-selection file dialog, "LastFileDir" and one AddVandrel per chosen file come with the
 // library's dialogs.
 void AddVandrelDialog() {}
 
-// Placeholder: deleting the helper nodes under the bulk-removal flag comes with the helper's removal handling.
-void RemoveAllVandrels() {}
+void RemoveAllVandrels() { RemoveHelperNodes(GetHelperList()); }
 
 // Placeholder: Reload on each helper of ValidIndices inside one reference batch comes with the batch.
 void ReloadVandrels(const Tab<int>*) {}
 
-// Placeholder: deleting the named helper nodes comes with the helper's removal handling.
-void RemoveVandrels(const Tab<int>*) {}
+void RemoveVandrels(const Tab<int>* indices) { RemoveHelperNodes(ItemsAt(indices, GetHelperList())); }
 
 // Placeholder: Reset on each named helper inside one reference batch comes with the batch.
 void ResetVandrels(const Tab<int>*) {}

@@ -1,4 +1,4 @@
-// File assets and asset enumeration: asset ids, the path configuration's input-asset record, and the base
+// File assets and asset enumeration: asset ids and the asset manager, the path configuration's input-asset record, and the base
 // enumeration that walks a maker's references.
 #include "assetmanagement.h"
 #include "maxapi.h"
@@ -8,15 +8,43 @@
 #include <filesystem>
 #include <map>
 #include <utility>
+#include <vector>
 
 namespace MaxSDK::AssetManagement {
 
+namespace {
+// One id per (file name, type) for the life of the process, and the way back from an id.
+struct AssetTable {
+    std::map<std::pair<std::wstring, AssetType>, AssetId> ids;
+    std::vector<std::pair<std::wstring, AssetType>> byId;
+};
+AssetTable& Assets() {
+    static AssetTable table;
+    return table;
+}
+}  // namespace
+
 AssetUser::AssetUser(const MSTR& fileName, AssetType type) : fileName_(fileName), type_(type) {
     if (fileName.Length() == 0) return;
-    // One id per (file name, type) for the life of the process.
-    static std::map<std::pair<std::wstring, AssetType>, AssetId> ids;
-    auto [it, added] = ids.try_emplace({std::wstring(fileName.data()), type}, AssetId(ids.size()));
+    AssetTable& table = Assets();
+    auto key = std::make_pair(std::wstring(fileName.data()), type);
+    auto [it, added] = table.ids.try_emplace(key, AssetId(table.byId.size()));
+    if (added) table.byId.push_back(std::move(key));
     id_ = it->second;
+}
+
+IAssetManager* IAssetManager::GetInstance() {
+    static IAssetManager manager;
+    return &manager;
+}
+
+AssetUser IAssetManager::GetAsset(const MSTR& fileName, AssetType type, bool) const { return AssetUser(fileName, type); }
+
+AssetUser IAssetManager::GetAsset(AssetId id) const {
+    const AssetTable& table = Assets();
+    if (id < 0 || std::size_t(id) >= table.byId.size()) return AssetUser();
+    const auto& [name, type] = table.byId[std::size_t(id)];
+    return AssetUser(MSTR(name), type);
 }
 
 bool AssetUser::GetFullFilePath(MSTR& path) const {

@@ -281,6 +281,7 @@ void RegisterBuiltins() {
         RegisterArrayBuiltins();
         RegisterMathBuiltins();
         RegisterFileBuiltins();
+        RegisterFileOperationBuiltins();
         RegisterAssertBuiltins();
         RegisterSceneBuiltins();
     });

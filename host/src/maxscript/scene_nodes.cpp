@@ -11,6 +11,7 @@
 #include "maxscript/errors.h"
 #include "maxscript/interpreter.h"
 #include "maxscript/print.h"
+#include "maxscript/scene_node_properties.h"
 #include "object.h"
 #include "scene/controllers/transform_math.h"
 #include "scene/node.h"
@@ -102,6 +103,7 @@ std::optional<Value> GetNodeProperty(CallContext& ctx, INode* node, const std::w
     if (Is(name, {L"target"})) return Value::Host(node->GetTarget());
     if (Is(name, {L"modifiers"})) return ModifierListValue(node);
     if (Is(name, {L"isTarget"})) return Value::Bool(node->GetLookatNode() != nullptr);
+    if (auto v = GetNodeStateProperty(node, name)) return v;
     // The parameters of the base object read through the node ($box01.length).
     return GetBlockParam(ctx, node->GetBaseObject(), name);
 }
@@ -219,6 +221,7 @@ bool SetNodeProperty(CallContext& ctx, INode* node, const std::wstring& name, co
     }
     if (Is(name, {L"children", L"baseObject", L"modifiers", L"handle", L"isTarget", L"target"}))
         throw RuntimeError(L"Cannot set " + name + L" of " + PrintForm(Value::Host(node)));
+    if (SetNodeStateProperty(ctx, node, name, v)) return true;
     return SetBlockParam(ctx, node->GetBaseObject(), name, v);
 }
 
@@ -346,6 +349,7 @@ void RegisterSceneNodeFunctions() {
                            [](Animatable* a) -> INode* { return dynamic_cast<INode*>(a); }});
     if (!GetPathResolver()) SetPathResolver(ResolvePath);
     RegisterNodeHandler();
+    RegisterNodeStateFunctions();
 
     RegisterSystemVariable(L"objects", {[] { return Value::Ext(std::make_shared<NodeSet>(NodeSet::Which::Objects)); },
                                         nullptr});

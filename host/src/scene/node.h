@@ -56,7 +56,7 @@ public:
     std::vector<int>& PartRoles() { return partRoles_; }
     // External-scene entries of a root node.
     struct XRefEntry {
-        MSTR file;
+        MaxSDK::AssetManagement::AssetUser asset;
         Node* tree = nullptr;
     };
     std::vector<XRefEntry>& XRefEntries() { return xrefs_; }
@@ -178,8 +178,11 @@ public:
     INode* GetTarget() override;
     INode* GetLookatNode() override;
 
+    BOOL AddNewXRefFile(const MaxSDK::AssetManagement::AssetUser& file, BOOL loadNow = TRUE,
+                        BOOL hideInManagerUI = FALSE) override;
     BOOL AddNewXRefFile(const MCHAR* file) override;
     int GetXRefFileCount() override { return int(xrefs_.size()); }
+    MaxSDK::AssetManagement::AssetUser GetXRefAsset(int i) override;
     MSTR GetXRefFile(int i) override;
     INode* GetXRefTree(int i) override;
     BOOL DeleteXRefFile(int i) override;

@@ -485,13 +485,22 @@ BaseInterface* NodeExtensions::Find(Interface_ID id) {
 
 // ---------------------------------------------------------------------------- external-scene entries
 
-BOOL Node::AddNewXRefFile(const MCHAR* file) {
-    if (!isRoot_ || !file || !*file) return FALSE;
-    xrefs_.push_back({MSTR(file), MakeRoot(MSTR(file))});
+BOOL Node::AddNewXRefFile(const MaxSDK::AssetManagement::AssetUser& file, BOOL, BOOL) {
+    if (!isRoot_ || file.IsEmpty() || file.GetType() != MaxSDK::AssetManagement::kXRefAsset) return FALSE;
+    xrefs_.push_back({file, MakeRoot(file.GetFileName())});
     return TRUE;
 }
 
-MSTR Node::GetXRefFile(int i) { return validIndex(i, int(xrefs_.size())) ? xrefs_[std::size_t(i)].file : MSTR(); }
+BOOL Node::AddNewXRefFile(const MCHAR* file) {
+    using namespace MaxSDK::AssetManagement;
+    return AddNewXRefFile(IAssetManager::GetInstance()->GetAsset(MSTR(file ? file : L""), kXRefAsset));
+}
+
+MaxSDK::AssetManagement::AssetUser Node::GetXRefAsset(int i) {
+    return validIndex(i, int(xrefs_.size())) ? xrefs_[std::size_t(i)].asset : MaxSDK::AssetManagement::AssetUser();
+}
+
+MSTR Node::GetXRefFile(int i) { return GetXRefAsset(i).GetFileName(); }
 
 INode* Node::GetXRefTree(int i) { return validIndex(i, int(xrefs_.size())) ? xrefs_[std::size_t(i)].tree : nullptr; }
 

@@ -1,0 +1,10 @@
+#include "helper/save_state.h"
+
+namespace vandrels {
+
+SaveState& GetSaveState() {
+    static SaveState state;
+    return state;
+}
+
+}  // namespace vandrels
