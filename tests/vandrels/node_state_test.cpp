@@ -46,7 +46,7 @@ TEST_F(NodeState, WhatIsReadFromOneNodeAndWrittenToAnotherReadsBackTheSame) {
     for (int i = 0; i < 7; ++i) props->SetRenderPropValue(i, DWORD(200 + i));
     Extension<INodeExtension2>(from, NODE_EXTENSION2_INTERFACE)->SetRenderSwitch(1, TRUE);
     from->SetBoneNodeOnOff(TRUE, 0);
-    from->SetBoneFlag(NODE_BONE_SHOW_AS_LINE, TRUE);
+    from->SetBoneFlag(NODE_BONE_AXIS_FLIP, TRUE);
     from->SetBoneValue(1, 2);
     from->SetTransformLock(INODE_LOCKPOS, INODE_LOCK_Y, TRUE);
     from->SetTransformLock(INODE_LOCKSCL, INODE_LOCK_X, TRUE);

@@ -38,7 +38,7 @@ struct NodeRenderProps {
     std::uint8_t values[20] = {};
     std::uint8_t extra[36] = {};
 };
-// Bone properties: flags (0x1 bone on, 0x2 auto-align, 0x4 freeze length, 0x10 show as line) and the two bone
+// Bone properties: flags (0x1 bone on, 0x2 auto-align, 0x4 freeze length, 0x10 axis flip) and the two bone
 // values.
 struct NodeBoneProps {
     std::uint8_t flags = 0;

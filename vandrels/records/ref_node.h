@@ -118,8 +118,6 @@ public:
     std::int32_t GetNodeKind() const { return nodeKind_; }
     // The helper notes the named selection sets holding the node before a save (sets bit 0x800000).
     void AddSelectionSet(int setIndex);
-    // A named selection set was deleted: its index leaves the list and the indices behind it close up.
-    void OnSelectionSetRemoved(int setIndex);
 
     // The user renamed the node (forwarded by the helper's scene events).
     void OnNodeRenamed(const MSTR& newName);

@@ -83,12 +83,3 @@ void RefNode::AddSelectionSet(int setIndex) {
     if (selectionSets_.IndexOf(setIndex) < 0) selectionSets_.Append(setIndex);
     SetOverrideFlags(kNodeSelectionSets, kNodeSelectionSets);
 }
-
-void RefNode::OnSelectionSetRemoved(int setIndex) {
-    for (int i = selectionSets_.Count() - 1; i >= 0; --i) {
-        if (selectionSets_[i] == setIndex)
-            selectionSets_.Delete(i, 1);
-        else if (selectionSets_[i] > setIndex)
-            --selectionSets_[i];
-    }
-}
