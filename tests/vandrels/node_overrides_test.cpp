@@ -34,7 +34,6 @@ void Script(const std::wstring& text) {
         << WStr(text).ToUTF8();
 }
 
-
 // A reload merges the referenced nodes back as new last children of the scene root: nodes pair by name.
 std::vector<std::string> Differences(const hostrt::test::SceneSnapshot& a, const hostrt::test::SceneSnapshot& b) {
     hostrt::test::CompareOptions options;
@@ -110,7 +109,6 @@ protected:
     RefNode* lamp = nullptr;
     std::vector<INode*> bound;
 };
-
 
 // Every category edited the way a user edits it (the node messages the scene events send where the host has
 // no reference message) is stored, and after save and open the freshly merged nodes show the local scene again.
