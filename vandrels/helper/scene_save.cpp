@@ -1,5 +1,6 @@
 #include "helper/scene_save.h"
 
+#include "assetmanagement.h"
 #include "frame/module.h"
 #include "frame/placeholders.h"
 #include "helper/collect_pass.h"
@@ -112,9 +113,10 @@ void SwitchRenderContent(bool rendering) {
 // Step 8: a temporary external-scene entry of the scene root, which the host does not write, and the holder
 // node under its tree.
 void MakeParkingPlace(SaveState& s) {
+    using namespace MaxSDK::AssetManagement;
     INode* root = GetCOREInterface()->GetRootNode();
-    if (!root->AddNewXRefFile(GetString(IDS_XREF_ENTRY_ASSET)))
-        throw MAXException(L"The scene root took no external-scene entry");
+    const AssetUser asset = IAssetManager::GetInstance()->GetAsset(GetStringCopy(IDS_XREF_ENTRY_ASSET), kXRefAsset);
+    if (!root->AddNewXRefFile(asset, FALSE)) throw MAXException(L"The scene root took no external-scene entry");
     s.parkingRoot = root->GetXRefTree(root->GetXRefFileCount() - 1);
     if (!s.parkingRoot) throw MAXException(L"The external-scene entry has no tree");
     s.holder = new RefHolder();
@@ -296,12 +298,12 @@ void RemoveParkingPlace(SaveState& s) {
     INode* root = ip->GetRootNode();
     const MSTR asset = GetStringCopy(IDS_XREF_ENTRY_ASSET);
     const int count = root->GetXRefFileCount();
-    if (count > 0 && root->GetXRefFile(count - 1) == asset) {
+    if (count > 0 && root->GetXRefAsset(count - 1).GetFileName() == asset) {
         root->DeleteXRefFile(count - 1);
         return;
     }
     for (int i = 0; i < count; ++i)
-        if (root->GetXRefFile(i) == asset) {
+        if (root->GetXRefAsset(i).GetFileName() == asset) {
             root->DeleteXRefFile(i);
             return;
         }
