@@ -376,8 +376,15 @@ void RefBase::ResetOverrides(DWORD mask) {
                 if (dep->SuperClassID() == REFANIM_SUPER_CLASS_ID && static_cast<RefAnim*>(dep)->GetAnim() == anim)
                     static_cast<RefAnim*>(dep)->SetResetStamp(pass);
         }
-        // Answer 2 keeps the record: the reload that follows a reset puts the reference's original back.
-        if (answer == 1) DeleteReference(1 + i);
+        if (answer == 1) {
+            DeleteReference(1 + i);
+        } else if (answer == 2) {
+            // The record stays with only its local-dependents state: the reload that follows the reset binds it
+            // to the reference's original and moves every local user of the live animatable over to it
+            // (OverrideLocDep), instead of putting the local animatable back.
+            record->SetOverrideBits(std::uint8_t(~kOverrideLocDep), false, true);
+            record->SetOverrideBits(kOverrideLocDep, true, true);
+        }
     }
 }
 

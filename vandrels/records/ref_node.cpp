@@ -13,6 +13,7 @@
 #include "notify.h"
 #include "object.h"
 #include "records/flag_restore.h"
+#include "records/node_messages.h"
 #include "records/node_transfer.h"
 #include "records/scene_utils.h"
 #include "resource.h"
@@ -26,30 +27,13 @@ namespace {
 // shutdown.
 constexpr int kDropCodes[] = {NOTIFY_FILE_PRE_OPEN, NOTIFY_SYSTEM_PRE_RESET, NOTIFY_SYSTEM_PRE_NEW,
                               NOTIFY_SYSTEM_SHUTDOWN};
-// Told by a freshly bound node to its dependents once the scene's references moved over to it.
-constexpr RefMessage kMsgNodeTransferred = 0x8663DF22;
-
-constexpr std::int32_t kKindBone = 0x28BF6E8D;
-constexpr std::int32_t kKindParticles = std::int32_t(0xFFFFFF03);
 constexpr ULONG kParticleInterface = 0x10D0;
 const Class_ID kTargetObjectClass(0x1020, 0);
 constexpr SClass_ID kLightSuper = 0x30;
 constexpr SClass_ID kCameraSuper = 0x20;
 
-constexpr float kRotationTolerance = 1e-6f;
-
 // prefix + "_" + name, or name alone without a prefix.
 MSTR Prefixed(const MSTR& prefix, const MSTR& name) { return prefix.isNull() ? name : prefix + L"_" + name; }
-
-bool QuatsDiffer(const Quat& a, const Quat& b) {
-    return std::fabs(a.x - b.x) > kRotationTolerance || std::fabs(a.y - b.y) > kRotationTolerance ||
-           std::fabs(a.z - b.z) > kRotationTolerance || std::fabs(a.w - b.w) > kRotationTolerance;
-}
-
-bool OffsetsDiffer(const NodeObjectOffset& a, const NodeObjectOffset& b) {
-    return !(a.pos == b.pos) || QuatsDiffer(a.rot, b.rot) || !(a.scale.s == b.scale.s) ||
-           QuatsDiffer(a.scale.q, b.scale.q);
-}
 
 int HandleOf(Animatable* item) { return item ? int(Animatable::GetHandleByAnim(item)) : 0; }
 
@@ -68,6 +52,8 @@ RefNode::RefNode(INode* node, VandrelsHelper* helper) {
         ReplaceReference(0, node);
         referenceName_ = node->GetName();
         MonitorModifiers();
+        // The merged state is the baseline the first collect compares with.
+        CaptureBaseline();
         // Outside idle the reference does not build the tree by itself.
         if (GetTarget() && vandrels::GetOperationMode() != vandrels::kModeIdle) BuildSubAnimTree();
     });
@@ -105,15 +91,22 @@ void RefNode::notifyProc(void* param, NotifyInfo* info) {
 
 // ------------------------------------------------------------------------------------------ failures
 
-template <class Op> void RefNode::runInErrorFrame(const MCHAR* words, const MCHAR* unknownWords, Op op) {
+void RefNode::runInErrorFrame(const MCHAR* words, const MCHAR* unknownWords, const std::function<void()>& op) {
+    // A frame inside another operation's frame (Override inside Update) keeps the outer step word for the outer
+    // report.
+    const int outer = step_;
     step_ = 0;
     try {
         op();
-        step_ = 0;
+        step_ = outer;
     } catch (const MAXException& e) {
-        fail(words, step_, &e);
+        const int failed = step_;
+        step_ = outer;
+        fail(words, failed, &e);
     } catch (...) {
-        fail(unknownWords, step_, nullptr);
+        const int failed = step_;
+        step_ = outer;
+        fail(unknownWords, failed, nullptr);
     }
 }
 
@@ -127,7 +120,6 @@ void RefNode::fail(const MCHAR* words, int step, const MAXException* cause) {
         message += node ? MSTR(node->GetName()) : MSTR(L"Unknown Name");
     }
     if (step) message += MSTR(L"\nLastOperation: ") + GetStringCopy(step);
-    step_ = 0;
     SetBusy(0);
     DeleteReference(0);
     if (cause) message += L"\n\n" + cause->message;
@@ -205,7 +197,9 @@ void RefNode::SetReference(int i, RefTargetHandle target) {
     }
     k -= numModRefs();
     if (k < exclusionLights_.Count()) {
+        ReferenceTarget* old = exclusionLights_[k];
         exclusionLights_[k] = target;
+        if (old && target != old) takeOverExclusion(target, -1);
         return;
     }
     k -= exclusionLights_.Count();
@@ -214,7 +208,11 @@ void RefNode::SetReference(int i, RefTargetHandle target) {
         return;
     }
     k -= 1;
-    if (k < exclusionOthers_.Count()) exclusionOthers_[k] = target;
+    if (k < exclusionOthers_.Count()) {
+        ReferenceTarget* old = exclusionOthers_[k];
+        exclusionOthers_[k] = target;
+        if (old && target != old) takeOverExclusion(target, k < exclusionModes_.Count() ? exclusionModes_[k] : 0);
+    }
 }
 
 BOOL RefNode::CanTransferReference(int i) {
@@ -232,29 +230,14 @@ void RefNode::Collect() {
             nodeLoaded_ = 0;
         INode* node = GetNode();
         if (!node) return;
-
-        NodeObjectOffset offset;
-        readObjectOffset(node, offset);
-        if (!(overrideFlags_ & kNodeObjectOffset) && OffsetsDiffer(offset, objectOffset_))
-            SetOverrideFlags(kNodeObjectOffset, kNodeObjectOffset);
-        objectOffset_ = offset;
-        const MSTR props = readUserProps(node);
-        if (!(overrideFlags_ & kNodeUserProps) && props != userProps_)
-            SetOverrideFlags(kNodeUserProps, kNodeUserProps);
-        userProps_ = props;
-        const std::uint16_t locks = readTmLocks(node);
-        if (!(overrideFlags_ & kNodeTmLocks) && locks != tmLocks_) SetOverrideFlags(kNodeTmLocks, kNodeTmLocks);
-        tmLocks_ = locks;
-
+        detectCollectedValues(node);
+        refreshExclusionLights();
+        refreshExclusionOthers();
+        if (overrideFlags_ & kNodeModifiers) collectModifierChanges();
+        refreshLocalDependent(node);
         nodeKind_ = computeNodeKind(node);
         RefBase::Collect();
-
-        bool local;
-        if (overrideFlags_ & kNodeClothChanged)
-            local = true;
-        else
-            local = HasLocalDependents(node);
-        overrideFlags_ = local ? (overrideFlags_ | kNodeLocalDependents) : (overrideFlags_ & ~kNodeLocalDependents);
+        recomputeLocalDependentsBit(node);
     });
 }
 
@@ -262,14 +245,31 @@ void RefNode::CaptureBaseline() {
     INode* node = GetNode();
     if (!node) return;
     if (!(overrideFlags_ & kNodeMaterial)) material_ = node->GetMtl();
-    if (!(overrideFlags_ & kNodeObjectOffset)) readObjectOffset(node, objectOffset_);
+    if (!(overrideFlags_ & kNodeObjectOffset)) objectOffset_ = nodestate::ReadObjectOffset(node);
     if (!(overrideFlags_ & kNodeWireColor)) wireColor_ = node->GetWireColor();
     if (!(overrideFlags_ & kNodeHidden))
-        displayBits_ = std::uint16_t((displayBits_ & ~0x1) | (node->IsHidden() ? 0x1 : 0));
+        displayBits_ = std::uint16_t((displayBits_ & ~kDisplayHiddenBit) | (node->IsHidden() ? kDisplayHiddenBit : 0));
     if (!(overrideFlags_ & kNodeFrozen))
-        displayBits_ = std::uint16_t((displayBits_ & ~0x2) | (node->IsFrozen() ? 0x2 : 0));
-    if (!(overrideFlags_ & kNodeUserProps)) userProps_ = readUserProps(node);
-    if (!(overrideFlags_ & kNodeTmLocks)) tmLocks_ = readTmLocks(node);
+        displayBits_ = std::uint16_t((displayBits_ & ~kDisplayFrozenBit) | (node->IsFrozen() ? kDisplayFrozenBit : 0));
+    if (!(overrideFlags_ & kNodeDisplayProps)) setDisplayProps(nodestate::ReadDisplay(node));
+    if (!(overrideFlags_ & kNodeRenderProps)) renderProps_ = nodestate::ReadRender(node);
+    if (!(overrideFlags_ & kNodeSkinPose)) skinPose_ = nodestate::ReadSkinPose(node);
+    if (!(overrideFlags_ & kNodeUserProps)) node->GetUserPropBuffer(userProps_);
+    if (!(overrideFlags_ & kNodeTmLocks)) tmLocks_ = nodestate::ReadTmLocks(node);
+}
+
+NodeDisplayProps RefNode::displayProps() const {
+    NodeDisplayProps display;
+    display.bits = std::uint16_t(displayBits_ & kDisplaySwitchBits);
+    display.values[0] = displayValues_[0];
+    display.values[1] = displayValues_[1];
+    return display;
+}
+
+void RefNode::setDisplayProps(const NodeDisplayProps& display) {
+    displayBits_ = std::uint16_t((displayBits_ & ~kDisplaySwitchBits) | (display.bits & kDisplaySwitchBits));
+    displayValues_[0] = display.values[0];
+    displayValues_[1] = display.values[1];
 }
 
 void RefNode::Update(ReferenceTarget* newTarget) {
@@ -290,7 +290,7 @@ void RefNode::Update(ReferenceTarget* newTarget) {
             TransferNodeReferences(old, fresh, false);
             if (GetNode() != fresh) ReplaceReference(0, fresh);
             step_ = IDS_STEP_UPDATE_POST_TRANSFER;
-            fresh->NotifyDependents(FOREVER, 0, kMsgNodeTransferred);
+            fresh->NotifyDependents(FOREVER, 0, nodemsg::kNodeTransferred);
             step_ = IDS_STEP_UPDATE_TRANSFER;
         }
         for (int k = children_.Count() - 1; k >= 0; --k)
@@ -298,6 +298,8 @@ void RefNode::Update(ReferenceTarget* newTarget) {
         prune();
         step_ = IDS_STEP_UPDATE_CLEANED;
         Override();
+        // What the reload brought, with the overrides applied, is the baseline of the next collect.
+        CaptureBaseline();
         step_ = IDS_STEP_UPDATE_OVERRIDE_REF;
         BuildSubAnimTree();
         if (old) GetCOREInterface()->DeleteNode(old, FALSE);
@@ -317,8 +319,9 @@ void RefNode::FinishLoad() {
             GetCOREInterface()->DeleteNode(placeholder, FALSE);
         }
     }
-    // Re-linking the modifier references of a loaded node comes with the modifier overrides.
-    if (nodeLoaded_ && (overrideFlags_ & kNodeSelectionSets)) {
+    if (!nodeLoaded_) return;
+    relinkModifierReferences();
+    if (overrideFlags_ & kNodeSelectionSets) {
         selectionSets_.ZeroCount();
         SetOverrideFlags(kNodeSelectionSets, 0);
     }
@@ -358,32 +361,12 @@ void RefNode::OnSelectionSetRemoved(int setIndex) {
 
 // ------------------------------------------------------------------------------------------ node state
 
-void RefNode::readObjectOffset(INode* node, NodeObjectOffset& out) {
-    out.pos = node->GetObjOffsetPos();
-    out.rot = node->GetObjOffsetRot();
-    out.scale = node->GetObjOffsetScale();
-}
-
-MSTR RefNode::readUserProps(INode* node) {
-    MSTR text;
-    node->GetUserPropBuffer(text);
-    return text;
-}
-
-std::uint16_t RefNode::readTmLocks(INode* node) {
-    std::uint16_t locks = 0;
-    for (int type = INODE_LOCKPOS; type <= INODE_LOCKSCL; ++type)
-        for (int axis = INODE_LOCK_X; axis <= INODE_LOCK_Z; ++axis)
-            if (node->GetTransformLock(type, axis)) locks = std::uint16_t(locks | (1u << (type * 3 + axis)));
-    return locks;
-}
-
 std::int32_t RefNode::computeNodeKind(INode* node) {
-    if (node->GetBoneNodeOnOff()) return kKindBone;
+    if (node->GetBoneNodeOnOff()) return kNodeKindBone;
     Object* obj = node->GetBaseObject();
     if (!obj) obj = node->GetObjectRef();
     if (!obj) return 0;
-    if (obj->GetInterface(kParticleInterface)) return kKindParticles;
+    if (obj->GetInterface(kParticleInterface)) return kNodeKindParticles;
     if (obj->ClassID() == kTargetObjectClass) {
         if (INode* looker = node->GetLookatNode())
             if (Object* lookerObj = looker->GetBaseObject()) {

@@ -4,10 +4,12 @@
 #pragma once
 
 #include "geom.h"
+#include "records/node_state.h"
 #include "records/ref_base.h"
 #include "records/ref_modifier.h"
 
 #include <cstdint>
+#include <functional>
 
 class INode;
 class Mtl;
@@ -43,29 +45,26 @@ enum RefNodeFlag : std::uint32_t {
     kNodeExclusionMisc = 0x1000000,
 };
 
-// Stored values, laid out as the scene file holds them.
-struct NodeObjectOffset {
-    Point3 pos;
-    Quat rot;
-    ScaleValue scale;
-};
-struct NodeSkinRotation {
-    float value[4] = {0, 0, 0, 1};
-    std::int32_t form = 0;
-};
-struct NodeSkinPose {
-    Point3 pos;
-    NodeSkinRotation rot;
-    ScaleValue scale;
-};
-struct NodeRenderProps {
-    std::uint32_t flags = 0;
-    std::uint8_t values[20] = {};
-    std::uint8_t extra[36] = {};
-};
-struct NodeBoneProps {
-    std::uint8_t flags = 0;
-    std::uint8_t settings[2] = {};
+// Node kinds a record computes from its node's object (besides the object's superclass: geometry 0x10, shapes
+// 0x40, lights 0x30, cameras 0x20, helpers 0x50, space warps 0x830).
+constexpr std::int32_t kNodeKindBone = 0x28BF6E8D;
+constexpr std::int32_t kNodeKindParticles = std::int32_t(0xFFFFFF03);
+
+class RefNode;
+
+// While a node record re-applies its modifier overrides during a load, the other node records hear the node
+// messages that the re-application causes; the modifier monitoring holds this scope for that time.
+class ModifierOverrideScope {
+public:
+    explicit ModifierOverrideScope(RefNode* applying);
+    ~ModifierOverrideScope();
+    ModifierOverrideScope(const ModifierOverrideScope&) = delete;
+    ModifierOverrideScope& operator=(const ModifierOverrideScope&) = delete;
+    // The record re-applying its modifier overrides, or null.
+    static RefNode* Applying();
+
+private:
+    RefNode* previous_;
 };
 
 class RefNode : public RefBase, public RefNodeInterface {
@@ -91,15 +90,34 @@ public:
     void SetOverrideFlags(std::uint32_t mask, std::uint32_t value);
 
     // The record protocol.
+    // Filters the animatable records a reset reaches by the first index of their number path.
+    bool AcceptsReset(RefAnim* record, DWORD mask) override;
     void Collect() override;
     void CaptureBaseline() override;
     void Update(ReferenceTarget* newTarget) override;
     void FinishLoad() override;
+    // Re-applies every stored category in its fixed order (records/ref_node_override.cpp).
+    void Override() override;
+    // Clears the categories mask selects, then resets the animatable records.
+    void ResetOverrides(DWORD mask) override;
     void ApplyNamePrefix(const MSTR& prefix) override;
     bool HasOverrides() override;
     void PrintData(int mode) override;
     MSTR GetInfo() override;
     MSTR GetTypeName() override;
+
+    // The local values the record keeps for its categories.
+    std::uint8_t GetGroupFlags() const { return groupFlags_; }
+    ReferenceTarget* GetStoredParent() const { return parent_; }
+    ReferenceTarget* GetStoredLayer() const { return layer_; }
+    ReferenceTarget* GetLocalDependent() const { return localDependent_; }
+    const Tab<ReferenceTarget*>& GetExclusionLights() const { return exclusionLights_; }
+    const Tab<ReferenceTarget*>& GetExclusionOthers() const { return exclusionOthers_; }
+    const Tab<int>& GetExclusionModes() const { return exclusionModes_; }
+    const Tab<int>& GetSelectionSets() const { return selectionSets_; }
+    std::int32_t GetNodeKind() const { return nodeKind_; }
+    // The helper notes the named selection sets holding the node before a save (sets bit 0x800000).
+    void AddSelectionSet(int setIndex);
 
     // The user renamed the node (forwarded by the helper's scene events).
     void OnNodeRenamed(const MSTR& newName);
@@ -129,6 +147,9 @@ public:
     void SetReference(int i, RefTargetHandle target) override;
     // Only the node record's own references move, and only while loading.
     BOOL CanTransferReference(int i) override;
+    // Detection: the node's own messages and the library's node messages (records/ref_node_detect.cpp).
+    RefResult NotifyRefChanged(const Interval& changeInt, RefTargetHandle hTarget, PartID& partID, RefMessage message,
+                               BOOL propagate) override;
 
     void BaseClone(ReferenceTarget* from, ReferenceTarget* to, RemapDir& remap) override;
 
@@ -162,14 +183,68 @@ private:
     static void notifyProc(void* param, NotifyInfo* info);
     void registerNotifications();
     void unregisterNotifications();
-    // The node's state as the record stores it.
-    void readObjectOffset(INode* node, NodeObjectOffset& out);
-    MSTR readUserProps(INode* node);
-    std::uint16_t readTmLocks(INode* node);
     std::int32_t computeNodeKind(INode* node);
+    // Sets the masked bits without an undo record (collect's list refreshes, wire colour, display messages).
+    void setFlagsSilently(std::uint32_t mask, std::uint32_t value) {
+        overrideFlags_ = (overrideFlags_ & ~mask) | (value & mask);
+    }
+    void setDisplayProps(const NodeDisplayProps& display);
+    NodeDisplayProps displayProps() const;
+
+    // Detection (records/ref_node_detect.cpp).
+    void onOwnNodeMessage(INode* node, PartID& partID, RefMessage message);
+    void onParentChanged(INode* node);
+    void onChildAttached(INode* child);
+    void onLayerChanged(INode* node);
+    void onRenderMessage(INode* node);
+    void onDisplayMessage(INode* node, PartID part);
+    void onGeneralChange(INode* node);
+    // Modifier monitoring's share of the node's messages (249, 80 with the object-chain part, the mirror check
+    // of a general change) and of the collect pass; they come with the modifier overrides.
+    void onModifierMessage(RefMessage message, PartID part);
+    void collectModifierChanges();
+    void applyModifierOverrides();
+    void relinkModifierReferences();
+
+    // Collect's refreshes (records/ref_node_collect.cpp).
+    void detectCollectedValues(INode* node);
+    void refreshExclusionLights();
+    void refreshExclusionOthers();
+    void refreshLocalDependent(INode* node);
+    void recomputeLocalDependentsBit(INode* node);
+
+    // Re-application (records/ref_node_override.cpp).
+    void overrideParent(INode* node);
+    void overrideLayer(INode* node);
+    void overrideExclusionLists(INode* node);
+    // A load moved an exclusion reference from a stored item to the freshly merged one (which the node's own
+    // re-application may have met before): the new item's list (listIndex, or -1 for a light) gets the node.
+    void takeOverExclusion(ReferenceTarget* item, int listIndex);
+    void overrideSelectionSets(INode* node);
+    void overrideObjectLocalDependent(INode* node);
+    void overrideChildren(INode* node);
+    // Reset of the modifier categories once per reset pass for a shared derived object.
+    void resetModifiersOncePerPass(INode* node);
+    void dropChildren();
+
+    // Reference bookkeeping of the node record's own lists.
+    int parentRef() const { return ownBase() + 1; }
+    int firstChildRef() const { return ownBase() + 2; }
+    int layerRef() const { return ownBase() + 2 + children_.Count(); }
+    int firstExclusionLightRef() const { return firstModRef() + numModRefs(); }
+    int localDependentRef() const { return firstExclusionLightRef() + exclusionLights_.Count(); }
+    int firstExclusionOtherRef() const { return localDependentRef() + 1; }
+    void setMaterialRef(Mtl* mtl);
+    void appendChild(INode* child);
+    void removeChild(int position);
+    void appendExclusionLight(ReferenceTarget* light);
+    void removeExclusionLight(int position);
+    void appendExclusionOther(ReferenceTarget* item, int listIndex);
+    void removeExclusionOther(int position);
+    friend class ChildrenRestore;
     // Ends a failed operation: lets go of the node and throws the composed message.
     [[noreturn]] void fail(const MCHAR* words, int step, const MAXException* cause);
-    template <class Op> void runInErrorFrame(const MCHAR* words, const MCHAR* unknownWords, Op op);
+    void runInErrorFrame(const MCHAR* words, const MCHAR* unknownWords, const std::function<void()>& op);
     int ownBase() const { return NumBaseRefs(); }
     // The reference index of the first world-space mirror entry; the object-space entries follow.
     int firstModRef() const { return ownBase() + 3 + children_.Count(); }

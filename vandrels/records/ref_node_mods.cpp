@@ -253,3 +253,13 @@ MSTR RefNode::ModifierLines() {
     }
     return out;
 }
+
+// ------------------------------------------------------------------------------------------ monitoring hooks
+
+// The modifier monitoring's steps in the record's protocol: the stack checks of a collect whose modifiers
+// changed (bit 0x10), the re-application after the node's own categories and the re-linking of the modifier
+// references once a load finished. They arrive with the modifier overrides; until then they leave the mirrors
+// as the construction built them.
+void RefNode::collectModifierChanges() {}
+void RefNode::applyModifierOverrides() {}
+void RefNode::relinkModifierReferences() {}

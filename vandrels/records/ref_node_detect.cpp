@@ -1,0 +1,209 @@
+// The node record's detection of local edits: the reference messages of its node (and of the helper's scene
+// events, sent as the library's node messages) set override bits and store the local values.
+#include "helper/module_state.h"
+#include "hold.h"
+#include "ilayer.h"
+#include "imtl.h"
+#include "inode.h"
+#include "maxapi.h"
+#include "records/node_messages.h"
+#include "records/ref_node.h"
+#include "records/scene_utils.h"
+
+namespace {
+
+RefNode* gApplyingModifiers = nullptr;
+
+// The undo step a layer change gets of its own when the host is not holding already.
+constexpr const MCHAR* kLayerOverrideStep = L"Layer Override";
+
+}  // namespace
+
+ModifierOverrideScope::ModifierOverrideScope(RefNode* applying) : previous_(gApplyingModifiers) {
+    gApplyingModifiers = applying;
+}
+ModifierOverrideScope::~ModifierOverrideScope() { gApplyingModifiers = previous_; }
+RefNode* ModifierOverrideScope::Applying() { return gApplyingModifiers; }
+
+RefResult RefNode::NotifyRefChanged(const Interval& changeInt, RefTargetHandle hTarget, PartID& partID,
+                                    RefMessage message, BOOL propagate) {
+    INode* node = GetNode();
+    const bool fromNode = node && hTarget == node;
+    const int mode = vandrels::GetOperationMode();
+    if (mode == vandrels::kModeLoading) {
+        if (fromNode && message == nodemsg::kSubAnimStructure)
+            return RefBase::NotifyRefChanged(changeInt, hTarget, partID, message, propagate);
+        if (fromNode && message == nodemsg::kNodeHandleChanged) {
+            NotifyDependents(FOREVER, 0, nodemsg::kDependentChanged);
+            return REF_STOP;
+        }
+        if (message == nodemsg::kParentReapply && hTarget && hTarget == parent_) {
+            if ((overrideFlags_ & kNodeParent) && node) overrideParent(node);
+            return REF_STOP;
+        }
+        // The node messages of another record's modifier re-application are heard as when idle.
+        RefNode* applying = ModifierOverrideScope::Applying();
+        if (!applying || applying == this) return REF_STOP;
+    } else if (mode != vandrels::kModeIdle) {
+        return REF_STOP;
+    } else if (theHold.RestoreOrRedoing()) {
+        // Undo brings the flags back through their own records; only the sub-animatable tree follows the node.
+        if (fromNode && message == nodemsg::kSubAnimStructure)
+            return RefBase::NotifyRefChanged(changeInt, hTarget, partID, message, propagate);
+        return REF_STOP;
+    }
+    if (message == nodemsg::kTargetQuery) {
+        partID = reinterpret_cast<PartID>(node);
+        return REF_STOP;
+    }
+    if (IsBusy() || !hTarget) return REF_STOP;
+    if (fromNode) {
+        if (message == nodemsg::kControllerReplaced || message == nodemsg::kSubAnimStructure ||
+            message == nodemsg::kNodeChanged) {
+            if (partID == nodemsg::kPartIgnored) return REF_STOP;
+            if (partID != nodemsg::kPartStructureLater) onModifierMessage(message, partID);
+            RefBase::NotifyRefChanged(changeInt, hTarget, partID, message, propagate);
+            if (partID != nodemsg::kPartStructureLater && GetNode()) onGeneralChange(GetNode());
+            return REF_STOP;
+        }
+        onOwnNodeMessage(node, partID, message);
+        return REF_STOP;
+    }
+    // A stored child: it went to another parent, or a helper adopted it as a referenced node.
+    if (hTarget->SuperClassID() != BASENODE_CLASS_ID) return REF_STOP;
+    const int position = children_.IndexOf(static_cast<INode*>(hTarget));
+    if (position < 0) return REF_STOP;
+    INode* child = children_[position];
+    if (message == nodemsg::kParentChanged && child->GetParentNode() != node) removeChild(position);
+    else if (message == nodemsg::kNodeAdopted && FindNodeRecord(child)) removeChild(position);
+    return REF_STOP;
+}
+
+void RefNode::onOwnNodeMessage(INode* node, PartID& partID, RefMessage message) {
+    switch (message) {
+        case nodemsg::kParentChanged:
+            onParentChanged(node);
+            return;
+        case nodemsg::kChildAttached:
+            onChildAttached(reinterpret_cast<INode*>(partID));
+            return;
+        case nodemsg::kGroupChanged:
+            if (overrideFlags_ & kNodeChildren) return;
+            SetOverrideFlags(kNodeGrouping, kNodeGrouping);
+            groupFlags_ = nodestate::ReadGroupFlags(node);
+            return;
+        case nodemsg::kLayerChanged:
+            onLayerChanged(node);
+            return;
+        case nodemsg::kDisplayChanged:
+            setFlagsSilently(kNodeDisplayProps, kNodeDisplayProps);
+            setDisplayProps(nodestate::ReadDisplay(node));
+            return;
+        case nodemsg::kRenderChanged:
+        case nodemsg::kRenderSwitch:
+        case nodemsg::kRenderValue:
+            onRenderMessage(node);
+            return;
+        case nodemsg::kUserPropsChanged:
+            SetOverrideFlags(kNodeUserProps, kNodeUserProps);
+            node->GetUserPropBuffer(userProps_);
+            return;
+        case nodemsg::kBoneChanged:
+            SetOverrideFlags(kNodeBoneProps, kNodeBoneProps);
+            boneProps_ = nodestate::ReadBone(node);
+            return;
+        case nodemsg::kMaterial: {
+            Mtl* mtl = node->GetMtl();
+            if (mtl == material_) return;
+            if (!(overrideFlags_ & kNodeMaterial)) {
+                material_ = nullptr;  // the baseline was no reference
+                SetOverrideFlags(kNodeMaterial, kNodeMaterial);
+            }
+            setMaterialRef(mtl);
+            return;
+        }
+        case nodemsg::kWireColor: {
+            const DWORD color = node->GetWireColor();
+            if (color != wireColor_) setFlagsSilently(kNodeWireColor, kNodeWireColor);
+            wireColor_ = color;
+            return;
+        }
+        case nodemsg::kDisplay:
+            onDisplayMessage(node, partID);
+            return;
+        case nodemsg::kObjectChanged:
+        case nodemsg::kModifierStackChanged:
+            onModifierMessage(message, partID);
+            return;
+        default:
+            return;
+    }
+}
+
+void RefNode::onParentChanged(INode* node) {
+    INode* parent = node->GetParentNode();
+    ReferenceTarget* stored = nullptr;
+    if (parent && !parent->IsRootNode()) {
+        RefNode* parentRecord = FindNodeRecord(parent);
+        stored = parentRecord ? static_cast<ReferenceTarget*>(parentRecord) : parent;
+    }
+    SetOverrideFlags(kNodeParent, kNodeParent);
+    ReplaceReference(parentRef(), stored);
+    // The node keeps its place in the world under the new parent.
+    const TimeValue t = GetCOREInterface()->GetTime();
+    Matrix3 tm = node->GetNodeTM(t);
+    node->SetNodeTM(t, tm);
+}
+
+void RefNode::onChildAttached(INode* child) {
+    SetOverrideFlags(kNodeChildren, kNodeChildren);
+    // A referenced child comes back under this node by itself; only local children are kept.
+    if (!child || FindNodeRecord(child) || children_.IndexOf(child) >= 0) return;
+    appendChild(child);
+}
+
+void RefNode::onLayerChanged(INode* node) {
+    const bool ownStep = !theHold.Holding();
+    if (ownStep) theHold.Begin();
+    try {
+        SetOverrideFlags(kNodeLayer, kNodeLayer);
+        ReplaceReference(layerRef(), node->GetLayer());
+    } catch (...) {
+        if (ownStep) theHold.Cancel();
+        throw;
+    }
+    if (ownStep) theHold.Accept(kLayerOverrideStep);
+}
+
+void RefNode::onRenderMessage(INode* node) {
+    const NodeRenderProps live = nodestate::ReadRender(node);
+    if (!(overrideFlags_ & kNodeRenderProps) && nodestate::RenderDiffers(live, renderProps_))
+        SetOverrideFlags(kNodeRenderProps, kNodeRenderProps);
+    renderProps_ = live;
+}
+
+void RefNode::onDisplayMessage(INode* node, PartID part) {
+    if (part & nodemsg::kPartHidden) {
+        const std::uint16_t hidden = node->IsHidden() ? kDisplayHiddenBit : 0;
+        if ((displayBits_ & kDisplayHiddenBit) != hidden) SetOverrideFlags(kNodeHidden, kNodeHidden);
+        displayBits_ = std::uint16_t((displayBits_ & ~kDisplayHiddenBit) | hidden);
+    }
+    if (part & nodemsg::kPartFrozen) {
+        const std::uint16_t frozen = node->IsFrozen() ? kDisplayFrozenBit : 0;
+        if ((displayBits_ & kDisplayFrozenBit) != frozen) SetOverrideFlags(kNodeFrozen, kNodeFrozen);
+        displayBits_ = std::uint16_t((displayBits_ & ~kDisplayFrozenBit) | frozen);
+    }
+    if (part & (nodemsg::kPartHidden | nodemsg::kPartFrozen)) return;
+    const NodeDisplayProps live = nodestate::ReadDisplay(node);
+    if (nodestate::DisplayDiffers(live, displayProps())) SetOverrideFlags(kNodeDisplayProps, kNodeDisplayProps);
+    setDisplayProps(live);
+}
+
+void RefNode::onGeneralChange(INode* node) {
+    onRenderMessage(node);
+    onDisplayMessage(node, 0);
+}
+
+// Modifier monitoring hears 249 and 80 (object chain) and checks the object-space mirror on a general change;
+// it arrives with the modifier overrides. Until then these messages change nothing on the record.
+void RefNode::onModifierMessage(RefMessage, PartID) {}

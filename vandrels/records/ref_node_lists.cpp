@@ -1,0 +1,85 @@
+// The node record's own reference lists (local children, exclusion lights, other exclusion items) and its
+// material slot. An entry added or removed shifts the slots behind it, which the host's undo records of single
+// references cannot follow: list changes therefore bypass the undo stack, and the reset that empties the
+// children records one undo object for the whole list.
+#include "hold.h"
+#include "imtl.h"
+#include "inode.h"
+#include "maxapi.h"
+#include "records/ref_node.h"
+#include "records/undo_bypass.h"
+
+// The children a reset dropped: undo puts them back (by node handle, so a node deleted since is skipped), redo
+// drops them again.
+class ChildrenRestore : public RestoreObj {
+public:
+    ChildrenRestore(RefNode* record, const Tab<INode*>& children) : record_(record) {
+        for (INode* child : children)
+            if (child) handles_.Append(child->GetHandle());
+    }
+    void Restore(int) override {
+        for (ULONG handle : handles_)
+            if (INode* child = GetCOREInterface()->GetINodeByHandle(handle)) record_->appendChild(child);
+    }
+    void Redo() override {
+        UndoBypass bypass;
+        while (record_->children_.Count()) record_->removeChild(record_->children_.Count() - 1);
+    }
+    MSTR Description() override { return MSTR(L"RefNode Children"); }
+
+private:
+    RefNode* record_;
+    Tab<ULONG> handles_;
+};
+
+void RefNode::setMaterialRef(Mtl* mtl) { ReplaceReference(ownBase(), mtl); }
+
+void RefNode::appendChild(INode* child) {
+    UndoBypass bypass;
+    const int position = children_.Append(nullptr);
+    ReplaceReference(firstChildRef() + position, child);
+}
+
+void RefNode::removeChild(int position) {
+    UndoBypass bypass;
+    DeleteReference(firstChildRef() + position);
+    children_.Delete(position, 1);
+}
+
+void RefNode::dropChildren() {
+    if (theHold.Holding() && children_.Count()) theHold.Put(new ChildrenRestore(this, children_));
+    UndoBypass bypass;
+    while (children_.Count()) removeChild(children_.Count() - 1);
+}
+
+void RefNode::appendExclusionLight(ReferenceTarget* light) {
+    UndoBypass bypass;
+    const int position = exclusionLights_.Append(nullptr);
+    ReplaceReference(firstExclusionLightRef() + position, light);
+}
+
+void RefNode::removeExclusionLight(int position) {
+    UndoBypass bypass;
+    DeleteReference(firstExclusionLightRef() + position);
+    exclusionLights_.Delete(position, 1);
+}
+
+void RefNode::appendExclusionOther(ReferenceTarget* item, int listIndex) {
+    UndoBypass bypass;
+    const int position = exclusionOthers_.Append(nullptr);
+    exclusionModes_.SetCount(exclusionOthers_.Count());
+    exclusionModes_[position] = listIndex;
+    ReplaceReference(firstExclusionOtherRef() + position, item);
+}
+
+void RefNode::removeExclusionOther(int position) {
+    UndoBypass bypass;
+    DeleteReference(firstExclusionOtherRef() + position);
+    exclusionOthers_.Delete(position, 1);
+    if (position < exclusionModes_.Count()) exclusionModes_.Delete(position, 1);
+}
+
+void RefNode::AddSelectionSet(int setIndex) {
+    if (selectionSets_.IndexOf(setIndex) < 0) selectionSets_.Append(setIndex);
+    SetOverrideFlags(kNodeSelectionSets, kNodeSelectionSets);
+}
