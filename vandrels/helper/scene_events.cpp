@@ -28,8 +28,10 @@ SelectionSetState& SelectionSets() {
     return state;
 }
 
+// The message is about this node: its own dependents hear it and do not pass it on, so that a record whose node
+// merely depends on this one (a camera aiming at it) does not take the event for its own.
 void Tell(INode* node, RefMessage message, PartID part = 0) {
-    if (node) node->NotifyDependents(FOREVER, part, message);
+    if (node) node->NotifyDependents(FOREVER, part, message, NOTIFY_ALL, FALSE);
 }
 
 VandrelsHelper* HelperOf(INode* node) { return node ? VandrelsHelper::FromObject(node->GetObjectRef()) : nullptr; }
