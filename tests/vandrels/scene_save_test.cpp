@@ -25,6 +25,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <string>
 #include <vector>
@@ -130,9 +131,9 @@ protected:
         std::filesystem::remove(reference_.ToUTF8());
         SceneTest::TearDown();
     }
-    // The reference file: Base (a box) with Top (a box) below it, and Ball (a sphere).
+    // The reference file: Base (a bent box) with Top (a box) below it, and Ball (a sphere).
     void WriteReference() {
-        Script(L"b = box name:\"Base\"; t = box name:\"Top\"; t.parent = b; "
+        Script(L"b = box name:\"Base\"; addModifier b (bend()); t = box name:\"Top\"; t.parent = b; "
                L"sphere name:\"Ball\"; saveMaxFile " + Quoted(reference_));
         GetCOREInterface()->FileReset(TRUE);
     }
@@ -173,6 +174,7 @@ TEST_F(SceneSave, TheSceneAfterSavingIsTheSceneBeforeAndTheFileHoldsNoReferenced
     EXPECT_EQ(CountInFile(file_, HOST_SPHERE_CLASS_ID), 0);
     EXPECT_EQ(CountInFile(file_, EMPTY_BASE_OBJECT_CLASS_ID), 1);
     EXPECT_EQ(CountInFile(file_, REFHOLDER_CLASS_ID), 0);
+    EXPECT_EQ(CountInFile(file_, HOST_BEND_CLASS_ID), 0);  // the node record's mirror of Base's stack neither
 }
 
 // Ball, which the camera aims at, is written in light form; with a motion-blur controller (which lightening
@@ -299,3 +301,46 @@ TEST_F(SceneSave, AFailureInsidePreSaveIsReportedAndStillLeavesASavedFileAndARes
 }
 
 }  // namespace
+
+// A damaged shot file is refused and the open scene stays as it was; a reference file damaged on disk lets the
+// shot open with its own content, loses none of the edits (also when saved meanwhile), and brings everything
+// back once the file is good again.
+TEST_F(SceneSave, DamagedFilesLoseNothing) {
+    BuildShot();
+    Script(L"$Top.wirecolor = color 1 2 3");
+    Save();
+    const std::vector<std::uint8_t> shot = hostrt::ReadFileBytes(file_);
+    const MSTR damagedShot = MSTR::FromUTF8(file_.ToUTF8() + ".damaged.max");
+    {
+        std::ofstream out(damagedShot.ToUTF8(), std::ios::binary);
+        out.write(reinterpret_cast<const char*>(shot.data()), std::streamsize(shot.size() / 2));
+    }
+    const auto before = TakeSnapshot();
+    EXPECT_FALSE(GetCOREInterface()->LoadFromFile(damagedShot.data()));
+    EXPECT_EQ(JoinDifferences(CompareSnapshots(before, TakeSnapshot())), "");
+    std::filesystem::remove(damagedShot.ToUTF8());
+
+    const std::vector<std::uint8_t> good = hostrt::ReadFileBytes(reference_);
+    {
+        std::ofstream out(reference_.ToUTF8(), std::ios::binary | std::ios::trunc);
+        out << "not a scene file";
+    }
+    Open();
+    EXPECT_EQ(LastReport().rfind(L"Error Loading Reference", 0), 0u) << WStr(LastReport()).ToUTF8();
+    EXPECT_EQ(Node(L"Top"), nullptr);
+    EXPECT_NE(Node(L"Mine"), nullptr);
+    EXPECT_NE(Node(L"Kid"), nullptr);
+    Save();  // saved while the reference is broken
+
+    {
+        std::ofstream out(reference_.ToUTF8(), std::ios::binary | std::ios::trunc);
+        out.write(reinterpret_cast<const char*>(good.data()), std::streamsize(good.size()));
+    }
+    Open();
+    ASSERT_NE(Node(L"Top"), nullptr);
+    EXPECT_EQ(Node(L"Top")->GetWireColor(), DWORD(0x030201));
+    ASSERT_NE(Node(L"Kid"), nullptr);
+    EXPECT_EQ(Node(L"Kid")->GetParentNode(), Node(L"Base"));
+    for (const MCHAR* name : {L"Base", L"Top", L"Ball", L"Kid", L"Mine", L"Cam"})
+        EXPECT_EQ(CountNamed(name), 1) << WStr(name).ToUTF8();
+}

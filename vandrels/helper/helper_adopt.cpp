@@ -4,13 +4,13 @@
 #include "helper/vandrels_helper.h"
 
 #include "inode.h"
+#include "records/node_messages.h"
 #include "records/ref_node.h"
 #include "records/scene_utils.h"
 
 namespace {
 
 // Tells a node's dependents (its node record among them) that a helper adopted it.
-constexpr RefMessage kMsgNodeAdopted = 0x8663DF23;
 
 }  // namespace
 
@@ -26,6 +26,6 @@ RefNode* VandrelsHelper::AdoptNode(INode* node, const MCHAR* name) {
         taken = node->GetName();
     }
     ForgetName(taken.data());
-    node->NotifyDependents(FOREVER, PART_ALL, kMsgNodeAdopted);
+    node->NotifyDependents(FOREVER, PART_ALL, nodemsg::kNodeAdopted);
     return record;
 }

@@ -10,6 +10,7 @@
 #include "inode.h"
 #include "maxapi.h"
 #include "notify.h"
+#include "records/node_messages.h"
 #include "records/ref_material.h"
 #include "records/ref_node.h"
 #include "records/scene_utils.h"
@@ -80,7 +81,7 @@ void OnNodePropertyChanged(const NodePropertyChange* change) {
     if (!change || GetOperationMode() != kModeIdle || IsFileOpening()) return;
     INode* node = change->node;
     if (!node || !node->GetObjectRef() || change->propertyId == 0) return;
-    Tell(node, kMsgNodePropertyChanged, PartID(change->propertyId));
+    Tell(node, nodemsg::kNodeChanged, PartID(change->propertyId));
 }
 
 void OnNodeRenamed(const NameChange* change) {
@@ -114,27 +115,27 @@ void OnSceneEvent(NotifyInfo* info) {
         case NOTIFY_NODE_LINKED: {
             auto* node = static_cast<INode*>(info->callParam);
             if (!node) return;
-            Tell(node, kMsgParentChanged);
+            Tell(node, nodemsg::kParentChanged);
             INode* parent = node->GetParentNode();
-            if (parent && !parent->IsRootNode()) Tell(parent, kMsgChildAttached, reinterpret_cast<PartID>(node));
+            if (parent && !parent->IsRootNode()) Tell(parent, nodemsg::kChildAttached, reinterpret_cast<PartID>(node));
             return;
         }
         case NOTIFY_NODE_LAYER_CHANGED: {
             const auto* change = static_cast<const NodeLayerChange*>(info->callParam);
-            if (change) Tell(change->node, kMsgLayerChanged, reinterpret_cast<PartID>(change->newLayer));
+            if (change) Tell(change->node, nodemsg::kLayerChanged, reinterpret_cast<PartID>(change->newLayer));
             return;
         }
         case NOTIFY_POST_NODE_DISPLAY_PROP_CHANGED:
-            TellEachNode(info, kMsgDisplayPropsChanged);
+            TellEachNode(info, nodemsg::kDisplayChanged);
             return;
         case NOTIFY_POST_NODE_RENDER_PROP_CHANGED:
-            TellEachNode(info, kMsgRenderPropsChanged);
+            TellEachNode(info, nodemsg::kRenderChanged);
             return;
         case NOTIFY_POST_NODE_USER_PROP_CHANGED:
-            TellEachNode(info, kMsgUserPropsChanged);
+            TellEachNode(info, nodemsg::kUserPropsChanged);
             return;
         case NOTIFY_POST_NODE_BONE_PROP_CHANGED:
-            TellEachNode(info, kMsgBonePropsChanged);
+            TellEachNode(info, nodemsg::kBoneChanged);
             return;
         case NOTIFY_NODE_PROPERTY_CHANGED:
         case NOTIFY_NODE_STRUCTURE_CHANGED:
@@ -174,7 +175,7 @@ void OnSceneEvent(NotifyInfo* info) {
 }
 
 void OnGroupChanged(const Tab<ULONG>& nodeKeys) {
-    for (ULONG key : nodeKeys) Tell(NodeEventNamespace::GetNodeByKey(key), kMsgGroupChanged);
+    for (ULONG key : nodeKeys) Tell(NodeEventNamespace::GetNodeByKey(key), nodemsg::kGroupChanged);
 }
 
 void OnHelperRenamed(VandrelsHelper* helper, const MSTR& newName, const MSTR& oldName) {

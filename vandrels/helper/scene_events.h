@@ -14,20 +14,6 @@ struct NotifyInfo;
 
 namespace vandrels {
 
-// The library's messages to a node's dependents (reference message codes, sent over all time).
-enum SceneEventMessage : RefMessage {
-    kMsgParentChanged = 0x8663DF12,       // the node's parent changed
-    kMsgChildAttached = 0x8663DF13,       // a child was attached to the node; the child travels as the part
-    kMsgGroupChanged = 0x8663DF14,        // the node's group state changed
-    kMsgLayerChanged = 0x8663DF15,        // the node moved to another layer; the layer travels as the part
-    kMsgDisplayPropsChanged = 0x8663DF16,
-    kMsgRenderPropsChanged = 0x8663DF17,
-    kMsgUserPropsChanged = 0x8663DF18,
-    kMsgBonePropsChanged = 0x8663DF19,
-    kMsgNodeAdopted = 0x8663DF23,         // a helper adopted the node
-    kMsgNodePropertyChanged = 0x8663DF24  // a general node property changed; the property id travels as the part
-};
-
 // One host notification of the scene-event group (links, creation, deletion, property edits, renames,
 // selection sets, merges, scene opened); info->intcode tells which.
 void OnSceneEvent(NotifyInfo* info);

@@ -14,6 +14,7 @@
 #include "notify.h"
 #include "plugapi.h"
 #include "records/chunk_io.h"
+#include "records/node_messages.h"
 #include "records/ref_node.h"
 #include "records/subanim_space.h"
 #include "resource.h"
@@ -30,7 +31,6 @@ constexpr int kNotifyPostProcess = 0xDFA7;
 // Messages from the target that say its sub-anim structure may have changed, and their special parts.
 constexpr RefMessage kMsgStructure250 = 250;
 constexpr RefMessage kMsgStructure258 = 258;
-constexpr RefMessage kMsgRecordsChanged = 0x8663DF24;
 constexpr PartID kPartIgnored = 0x20000000;
 constexpr PartID kPartDeferred = 214;
 // A query from another target: the record answers with its target in the part slot.
@@ -534,7 +534,7 @@ RefResult RefBase::NotifyRefChanged(const Interval&, RefTargetHandle hTarget, Pa
         return REF_STOP;
     }
     if (!fromTarget || busy_) return REF_STOP;
-    if (message != kMsgStructure250 && message != kMsgStructure258 && message != kMsgRecordsChanged) return REF_STOP;
+    if (message != kMsgStructure250 && message != kMsgStructure258 && message != nodemsg::kNodeChanged) return REF_STOP;
     if (partID == kPartIgnored) return REF_STOP;
     if (partID == kPartDeferred)
         structureDirty_ = 1;

@@ -157,6 +157,11 @@ public:
     // A read error empties the animatable records and answers the error.
     IOResult Load(ILoad* iload) override;
 
+    // While referenced content does not count (saving, unloading, duplicating), a modifier that a mirror entry
+    // holds as referenced is no real dependency: it is written as an empty reference and comes again with the
+    // reference file. The other references answer as the base record's do.
+    BOOL IsRealDependency(ReferenceTarget* target) override;
+
     BaseInterface* GetInterface(Interface_ID id) override;
     using RefBase::GetInterface;
 

@@ -1,5 +1,7 @@
 // The node record's modifier mirrors: building them from the node's stacks, taking over the change entries of
 // a node that shares a derived object, their references, cloning, the resets and the diagnostics lines.
+#include "helper/module_state.h"
+#include "helper/vandrels_helper.h"
 #include "inode.h"
 #include "maxexception.h"
 #include "object.h"
@@ -252,6 +254,24 @@ MSTR RefNode::ModifierLines() {
         out.append_printf(L", Toggles: %d", int(entry->toggles));
     }
     return out;
+}
+
+// ------------------------------------------------------------------------------------------ dependency
+
+BOOL RefNode::IsRealDependency(ReferenceTarget* target) {
+    const BOOL base = RefBase::IsRealDependency(target);
+    if (!base || !target || !vandrels::AreRecordsInessential() || (GetHelper() && GetHelper()->GetPersistRef()))
+        return base;
+    bool referencedOnly = false;
+    for (int i = 0; i < NumRefs(); ++i) {
+        if (GetReference(i) != target) continue;
+        const int k = i - firstModRef();
+        if (k < 0 || k >= numModRefs()) return base;  // held by another slot as well
+        const RefModifier* entry = k < wsMods_.Count() ? wsMods_[k] : osMods_[k - wsMods_.Count()];
+        if (!entry || entry->state != kModFromReference) return base;
+        referencedOnly = true;
+    }
+    return referencedOnly ? FALSE : base;
 }
 
 // ------------------------------------------------------------------------------------------ monitoring hooks
