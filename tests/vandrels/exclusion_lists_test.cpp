@@ -24,11 +24,12 @@
 
 namespace {
 
-void Script(const std::wstring& text) {
-    FPValue value;
-    EXPECT_TRUE(ExecuteMAXScriptScript(text.c_str(), MAXScript::ScriptSource::Embedded, TRUE, &value, TRUE))
-        << WStr(text).ToUTF8();
-}
+using vtest::CountDialogs;
+using vtest::LastReport;
+using vtest::Node;
+using vtest::Quoted;
+using vtest::RunInt;
+using vtest::Script;
 
 template <class T> T* Make(SClass_ID sc, const Class_ID& id) {
     return dynamic_cast<T*>(static_cast<Animatable*>(CreateInstance(sc, id)));

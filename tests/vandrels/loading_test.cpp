@@ -27,18 +27,12 @@
 
 namespace {
 
-FPValue Script(const std::wstring& text) {
-    FPValue value;
-    EXPECT_TRUE(ExecuteMAXScriptScript(text.c_str(), MAXScript::ScriptSource::Embedded, TRUE, &value, TRUE))
-        << WStr(text).ToUTF8();
-    return value;
-}
-int RunInt(const std::wstring& text) {
-    FPValue v = Script(text);
-    EXPECT_EQ(v.type, TYPE_INT) << WStr(text).ToUTF8();
-    return v.type == TYPE_INT ? v.i : -1;
-}
-std::wstring Quoted(const MSTR& path) { return L"@\"" + std::wstring(path.data()) + L"\""; }
+using vtest::CountDialogs;
+using vtest::LastReport;
+using vtest::Node;
+using vtest::Quoted;
+using vtest::RunInt;
+using vtest::Script;
 
 int CountNodes() {
     int count = 0;
@@ -79,20 +73,6 @@ protected:
     }
     MSTR reference_;
 };
-
-// The text of the last "Reference Error" report (dialog 132, its edit control 1023); empty when none ran.
-std::wstring LastReport() {
-    std::wstring text;
-    for (const auto& dialog : hostrt::DialogService::Instance().Dialogs())
-        if (dialog.resourceId == 132)
-            if (const auto* edit = dialog.Control(1023)) text = edit->text;
-    return text;
-}
-int CountDialogs(UINT id) {
-    int n = 0;
-    for (const auto& dialog : hostrt::DialogService::Instance().Dialogs()) n += dialog.resourceId == id;
-    return n;
-}
 
 TEST_F(Loading, MissingAndDamagedFilesFailWithTheReportAndLeaveTheSceneAsItWas) {
     Script(L"box name:\"Mine\" material:(standardMaterial name:\"Kept\")");

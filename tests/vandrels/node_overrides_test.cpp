@@ -28,11 +28,12 @@
 
 namespace {
 
-void Script(const std::wstring& text) {
-    FPValue value;
-    EXPECT_TRUE(ExecuteMAXScriptScript(text.c_str(), MAXScript::ScriptSource::Embedded, TRUE, &value, TRUE))
-        << WStr(text).ToUTF8();
-}
+using vtest::CountDialogs;
+using vtest::LastReport;
+using vtest::Node;
+using vtest::Quoted;
+using vtest::RunInt;
+using vtest::Script;
 
 // A reload merges the referenced nodes back as new last children of the scene root: nodes pair by name.
 std::vector<std::string> Differences(const hostrt::test::SceneSnapshot& a, const hostrt::test::SceneSnapshot& b) {
@@ -64,8 +65,6 @@ protected:
         SceneTest::TearDown();
         std::filesystem::remove(reference_.ToUTF8());
     }
-    static std::wstring Quoted(const MSTR& path) { return L"@\"" + std::wstring(path.data()) + L"\""; }
-
     // Finds the helper, the records and their nodes (again after an open).
     void Bind() {
         const std::wstring stem = std::filesystem::path(reference_.ToUTF8()).stem().wstring();

@@ -25,13 +25,14 @@
 
 namespace {
 
-constexpr RefMessage kMsgNodeAdopted = 0x8663DF23;
+using vtest::CountDialogs;
+using vtest::LastReport;
+using vtest::Node;
+using vtest::Quoted;
+using vtest::RunInt;
+using vtest::Script;
 
-void Script(const std::wstring& text) {
-    FPValue value;
-    EXPECT_TRUE(ExecuteMAXScriptScript(text.c_str(), MAXScript::ScriptSource::Embedded, TRUE, &value, TRUE))
-        << WStr(text).ToUTF8();
-}
+constexpr RefMessage kMsgNodeAdopted = 0x8663DF23;
 
 // A dependent holding one reference that logs the messages it hears.
 class Watcher : public ReferenceTarget {

@@ -25,6 +25,7 @@
 namespace {
 
 using vtest::LoadInto;
+using vtest::Script;
 using vtest::SavedBy;
 using Bytes = vtest::ChunkBytes;
 
@@ -268,12 +269,6 @@ TEST_F(RefNodeMods, FullPrintEndsWithTheMirrorsAndChangeLists) {
 
 namespace {
 
-void Script(const std::wstring& text) {
-    FPValue value;
-    EXPECT_TRUE(ExecuteMAXScriptScript(text.c_str(), MAXScript::ScriptSource::Embedded, TRUE, &value, TRUE))
-        << WStr(text).ToUTF8();
-}
-
 class ReferencedStacks : public RefNodeMods {
 protected:
     void SetUp() override {
@@ -353,7 +348,7 @@ std::int32_t NumRefAnims(ReferenceTarget* record) {
 
 TEST_F(ReferencedStacks, MergedNodesMirrorBothStacksWithIndicesFromTheBottom) {
     WriteReference();
-    Script(L"h = Vandrels.AddVandrel @\"" + std::wstring(reference_.data()) + L"\"");
+    Script(L"h = Vandrels.AddVandrel " + vtest::Quoted(reference_));
     ReferenceTarget* record = RecordOf(L"Stack");
     ASSERT_NE(record, nullptr);
     auto* node = static_cast<INode*>(record->GetReference(0));
@@ -397,7 +392,7 @@ TEST_F(ReferencedStacks, MergedNodesMirrorBothStacksWithIndicesFromTheBottom) {
 
 TEST_F(ReferencedStacks, ANewRecordTakesOverTheChangesOfANodeSharingItsStackOnce) {
     WriteReference();
-    Script(L"h = Vandrels.AddVandrel @\"" + std::wstring(reference_.data()) + L"\" load:false");
+    Script(L"h = Vandrels.AddVandrel " + vtest::Quoted(reference_) + L" load:false");
     // The helper already holds Stack's record, as an opened scene brings it: Bend (index 0, in the derived
     // object Twin shares) deleted and toggled, Bend2 (index 1, above it) renamed.
     Bytes changes;

@@ -24,6 +24,13 @@
 
 namespace {
 
+using vtest::CountDialogs;
+using vtest::LastReport;
+using vtest::Node;
+using vtest::Quoted;
+using vtest::RunInt;
+using vtest::Script;
+
 constexpr RefMessage kParentChanged = 0x8663DF12;
 constexpr RefMessage kChildAttached = 0x8663DF13;
 constexpr RefMessage kGroupChanged = 0x8663DF14;
@@ -33,19 +40,6 @@ constexpr RefMessage kRenderProps = 0x8663DF17;
 constexpr RefMessage kUserProps = 0x8663DF18;
 constexpr RefMessage kBoneProps = 0x8663DF19;
 constexpr RefMessage kPropertyChanged = 0x8663DF24;
-
-FPValue Script(const std::wstring& text) {
-    FPValue value;
-    EXPECT_TRUE(ExecuteMAXScriptScript(text.c_str(), MAXScript::ScriptSource::Embedded, TRUE, &value, TRUE))
-        << WStr(text).ToUTF8();
-    return value;
-}
-int RunInt(const std::wstring& text) {
-    FPValue v = Script(text);
-    EXPECT_EQ(v.type, TYPE_INT) << WStr(text).ToUTF8();
-    return v.type == TYPE_INT ? v.i : -1;
-}
-std::wstring Quoted(const MSTR& path) { return L"@\"" + std::wstring(path.data()) + L"\""; }
 
 // Depends on one node and keeps the library's messages it hears, with their parts.
 class MessageProbe : public ReferenceMaker {
@@ -93,8 +87,6 @@ protected:
     }
     MSTR reference_;
 };
-
-INode* Node(const MCHAR* name) { return GetCOREInterface()->GetINodeByName(name); }
 
 TEST_F(SceneEvents, NodeEventsReachTheNodesDependentsAsLibraryMessages) {
     Script(L"box name:\"Parent\"; box name:\"Child\"; box name:\"Other\"");

@@ -32,16 +32,16 @@
 
 namespace {
 
+using vtest::CountDialogs;
+using vtest::LastReport;
+using vtest::Node;
+using vtest::Quoted;
+using vtest::RunInt;
+using vtest::Script;
+
 using hostrt::test::CompareSnapshots;
 using hostrt::test::JoinDifferences;
 using hostrt::test::TakeSnapshot;
-
-void Script(const std::wstring& text) {
-    EXPECT_TRUE(ExecuteMAXScriptScript(text.c_str(), MAXScript::ScriptSource::Embedded, TRUE, nullptr, TRUE))
-        << WStr(text).ToUTF8();
-}
-std::wstring Quoted(const MSTR& path) { return L"@\"" + std::wstring(path.data()) + L"\""; }
-INode* Node(const MCHAR* name) { return GetCOREInterface()->GetINodeByName(name); }
 
 // Every node of the scene tree with what it is made of, by object identity.
 struct NodeParts {
@@ -79,15 +79,6 @@ int CountNamed(const MCHAR* name) {
     const std::wstring text = std::wstring(L"(for o in objects where o.name == \"") + name + L"\" collect o).count";
     ExecuteMAXScriptScript(text.c_str(), MAXScript::ScriptSource::Embedded, TRUE, &count, TRUE);
     return count.type == TYPE_INT ? count.i : -1;
-}
-
-// The text of the last "Reference Error" report (dialog 132, its edit control 1023); empty when none ran.
-std::wstring LastReport() {
-    std::wstring text;
-    for (const auto& dialog : hostrt::DialogService::Instance().Dialogs())
-        if (dialog.resourceId == 132)
-            if (const auto* edit = dialog.Control(1023)) text = edit->text;
-    return text;
 }
 
 // A transform controller that throws when armed: a failure in the middle of the pre-save.

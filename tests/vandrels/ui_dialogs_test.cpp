@@ -31,6 +31,13 @@ using hostrt::DialogService;
 
 namespace {
 
+using vtest::CountDialogs;
+using vtest::LastReport;
+using vtest::Node;
+using vtest::Quoted;
+using vtest::RunInt;
+using vtest::Script;
+
 constexpr UINT kDupNamesDialog = 131;
 constexpr UINT kErrorDialog = 132;
 constexpr int kDontShowAgain = 1008;
@@ -39,13 +46,6 @@ constexpr int kMessage = 3227;
 const Class_ID kRefNode(0x8663DFA6, 0x3F273884);
 const Class_ID kHelperClass(0x8663DFA5, 0x3F273879);
 constexpr int kFirstRecordRef = 2;
-
-FPValue Script(const std::wstring& text) {
-    FPValue value;
-    EXPECT_TRUE(ExecuteMAXScriptScript(text.c_str(), MAXScript::ScriptSource::Embedded, TRUE, &value, TRUE))
-        << WStr(text).ToUTF8();
-    return value;
-}
 
 std::wstring Quoted(const fs::path& path) { return L"@\"" + path.wstring() + L"\""; }
 

@@ -2,7 +2,10 @@
 
 #include "core/class_directory.h"
 #include "hold.h"
+#include "inode.h"
 #include "maxapi.h"
+#include "maxscript/maxscript.h"
+#include "platform/dialog_service.h"
 #include "platform/host_dirs.h"
 
 #include <gtest/gtest.h>
@@ -49,6 +52,39 @@ void SceneTest::TearDown() {
     theHold.FlushUndoBuffer();
     GetCOREInterface()->FileReset(TRUE);
     std::filesystem::remove(file_.ToUTF8());
+}
+
+FPValue Script(const std::wstring& text) {
+    FPValue value;
+    EXPECT_TRUE(ExecuteMAXScriptScript(text.c_str(), MAXScript::ScriptSource::Embedded, TRUE, &value, TRUE))
+        << WStr(text).ToUTF8();
+    return value;
+}
+
+int RunInt(const std::wstring& text) {
+    FPValue v = Script(text);
+    EXPECT_EQ(v.type, TYPE_INT) << WStr(text).ToUTF8();
+    return v.type == TYPE_INT ? v.i : -1;
+}
+
+std::wstring Quoted(const MSTR& path) { return L"@\"" + std::wstring(path.data()) + L"\""; }
+
+INode* Node(const MCHAR* name) { return GetCOREInterface()->GetINodeByName(name); }
+
+std::wstring LastReport() {
+    constexpr UINT kReferenceErrorDialog = 132;
+    constexpr int kReportText = 1023;
+    std::wstring text;
+    for (const auto& dialog : hostrt::DialogService::Instance().Dialogs())
+        if (dialog.resourceId == kReferenceErrorDialog)
+            if (const auto* edit = dialog.Control(kReportText)) text = edit->text;
+    return text;
+}
+
+int CountDialogs(UINT resourceId) {
+    int n = 0;
+    for (const auto& dialog : hostrt::DialogService::Instance().Dialogs()) n += dialog.resourceId == resourceId;
+    return n;
 }
 
 }  // namespace vtest

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/plugin_manager.h"
+#include "ifnpub.h"
 #include "strclass.h"
 
 #include <gtest/gtest.h>
@@ -25,5 +26,18 @@ protected:
 private:
     std::string stem_;
 };
+
+// Runs MAXScript text (the test fails when it fails) and answers its value.
+FPValue Script(const std::wstring& text);
+// The integer a MAXScript expression answers (-1, and a failure, when it answers something else).
+int RunInt(const std::wstring& text);
+// A file name as a MAXScript verbatim string literal.
+std::wstring Quoted(const MSTR& path);
+// The first scene node of that name, or null.
+INode* Node(const MCHAR* name);
+// The text of the last "Reference Error" report shown or recorded; empty when none ran.
+std::wstring LastReport();
+// How many dialogs of that resource the host's dialog service ran.
+int CountDialogs(UINT resourceId);
 
 }  // namespace vtest
