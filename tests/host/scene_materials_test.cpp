@@ -2,6 +2,10 @@
 // messages, parameter blocks and map slots, the multi/sub-object tables, list changes, save/open and clone.
 #include "hold.h"
 #include "imtl.h"
+#include "inode.h"
+#include "istdplug.h"
+#include "object.h"
+#include "plugapi.h"
 #include "maxapi.h"
 #include "scene/materials/material_classes.h"
 #include "scene/materials/multi_material.h"
@@ -257,6 +261,31 @@ TEST_F(SceneMaterials, SaveAndOpenKeepMaterialsMapsAndSharing) {
     EXPECT_EQ(multi2->ParamBlock()->Count(MultiMaterial::kIds), 3);
     EXPECT_EQ(ip->GetMtlSlot(2), multi2);
     EXPECT_EQ(ip->GetMtlSlot(0)->GetName(), L"01 - Default");
+}
+
+// A scene file lists the materials its nodes (or the editor) use: one only listed in the library stays in memory
+// but is not written, so a scene whose nodes left the written scene takes none of their materials along.
+TEST_F(SceneMaterials, TheFileListsOnlyTheMaterialsItsContentUses) {
+    Interface* ip = GetCOREInterface();
+    Mtl* used = NewDefaultStdMat();
+    used->SetName(L"Used");
+    Mtl* listed = NewDefaultStdMat();
+    listed->SetName(L"OnlyListed");
+    INode* node = ip->CreateObjectNode(static_cast<Object*>(CreateInstance(GEOMOBJECT_CLASS_ID, HOST_BOX_CLASS_ID)));
+    node->SetMtl(used);
+    ip->GetSceneMtls()->Add(listed);
+    ASSERT_EQ(ip->GetSceneMtls()->Count(), 2);
+
+    const auto path = tempScene("listed");
+    Scene::Instance().SaveScene(MSTR(path.wstring()));
+    EXPECT_EQ(ip->GetSceneMtls()->Count(), 2);  // the library in memory is as it was
+    EXPECT_GE(ip->GetSceneMtls()->FindMtl(listed), 0);
+    Scene::Instance().ResetScene();
+    Scene::Instance().OpenScene(MSTR(path.wstring()));
+    std::filesystem::remove(path);
+    MtlBaseLib* lib = ip->GetSceneMtls();
+    ASSERT_EQ(lib->Count(), 1);
+    EXPECT_EQ((*lib)[0]->GetName(), L"Used");
 }
 
 TEST_F(SceneMaterials, CloneCopiesTheTreeOnceEach) {

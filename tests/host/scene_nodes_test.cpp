@@ -573,9 +573,9 @@ TEST_F(SceneNodes, PropertyChangesSendTheirMessagesAndNotifications) {
     const std::vector<Case> cases = {
         {"wire colour", [&] { n->SetWireColor(RGB(9, 9, 9)); }, {{528, 0}}, {}},
         {"material", [&] { n->SetMtl(NewDefaultStdMat()); }, {{565, PART_ALL}}, {}},
-        {"hide", [&] { n->Hide(TRUE); }, {{577, 0x1}}, {199}},
-        {"freeze", [&] { n->Freeze(TRUE); }, {{577, 0x2}}, {199}},
-        {"unfreeze", [&] { n->Freeze(FALSE); }, {{577, 0x2}}, {199, 64}},
+        {"hide", [&] { n->Hide(TRUE); }, {{577, 0x1}}, {}},
+        {"freeze", [&] { n->Freeze(TRUE); }, {{577, 0x2}}, {}},
+        {"unfreeze", [&] { n->Freeze(FALSE); }, {{577, 0x2}}, {64}},
         {"display switch", [&] { n->SetDisplayFlag(NODE_DISP_SEE_THROUGH, TRUE); }, {{577, 0}}, {199}},
         {"display value", [&] { n->SetDisplayValue(1, 7); }, {{577, 0}}, {199}},
         {"extension display switch", [&] { ext2->SetDisplaySwitch(TRUE); }, {{577, 0}}, {199}},

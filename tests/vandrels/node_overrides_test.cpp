@@ -146,8 +146,7 @@ TEST_F(NodeOverrides, EveryCategoryEditedLocallyIsBackAfterReopen) {
               std::uint32_t(kNodeOverriddenName | kNodeMaterial | kNodeChildren |
                             kNodeObjectOffset | kNodeSkinPose | kNodeWireColor | kNodeHidden | kNodeDisplayProps |
                             kNodeRenderProps | kNodeUserProps | kNodeBoneProps | kNodeTmLocks));
-    // The host tells the display listeners of a freeze as well: the display properties count as edited too.
-    EXPECT_EQ(ball->GetOverrideFlags(), std::uint32_t(kNodeParent | kNodeGrouping | kNodeFrozen | kNodeDisplayProps));
+    EXPECT_EQ(ball->GetOverrideFlags(), std::uint32_t(kNodeParent | kNodeGrouping | kNodeFrozen));
     EXPECT_EQ(ball->GetStoredParent(), lamp);
     EXPECT_EQ(lamp->GetOverrideFlags(), std::uint32_t(kNodeLayer | kNodeChildren));
     EXPECT_EQ(lamp->GetChildren().Count(), 0);  // a referenced child is not kept
@@ -235,7 +234,7 @@ TEST_F(NodeOverrides, ResetClearsTheChosenCategoriesOfTheChosenKinds) {
     lamp->ResetOverrides(kGeometry | kObjectProperties);  // a light is no geometry
     theHold.Accept(L"Reset");
     EXPECT_EQ(crate->GetOverrideFlags(), std::uint32_t(kNodeOverriddenName));
-    const std::uint32_t lampFlags = kNodeHidden | kNodeWireColor | kNodeDisplayProps;  // hiding tells display too
+    const std::uint32_t lampFlags = kNodeHidden | kNodeWireColor;
     EXPECT_EQ(lamp->GetOverrideFlags(), lampFlags);
     theHold.Undo();
     EXPECT_EQ(crate->GetOverrideFlags(), crateFlags);
@@ -295,17 +294,29 @@ TEST_F(NodeOverrides, AFailedReapplicationNamesItsStep) {
     box->Hide(FALSE);
     box->SetUserPropBuffer(L"");
     EnableRefMsgs();
-    struct Thrower {
-        static void proc(void*, NotifyInfo*) { throw MAXException(MSTR(L"display refused"), 0); }
+    // A dependent of the node that refuses to let it be hidden.
+    struct Thrower : ReferenceMaker {
+        explicit Thrower(INode* node) { ReplaceReference(0, node); }
+        ~Thrower() override { DeleteAllRefs(); }
+        int NumRefs() override { return 1; }
+        RefTargetHandle GetReference(int) override { return node; }
+        void SetReference(int, RefTargetHandle target) override { node = target; }
+        RefResult NotifyRefChanged(const Interval&, RefTargetHandle, PartID& part, RefMessage message, BOOL) override {
+            if (message == REFMSG_NODE_DISPLAY_PROP_CHANGED && part == NODE_DISPLAY_PART_HIDDEN)
+                throw MAXException(MSTR(L"display refused"), 0);
+            return REF_SUCCEED;
+        }
+        RefTargetHandle node = nullptr;
     };
-    RegisterNotification(&Thrower::proc, nullptr, NOTIFY_POST_NODE_DISPLAY_PROP_CHANGED);
     std::wstring message;
-    try {
-        crate->Override();
-    } catch (const MAXException& e) {
-        message = e.message.data();
+    {
+        Thrower refuser(box);
+        try {
+            crate->Override();
+        } catch (const MAXException& e) {
+            message = e.message.data();
+        }
     }
-    UnRegisterNotification(&Thrower::proc, nullptr, NOTIFY_POST_NODE_DISPLAY_PROP_CHANGED);
     EXPECT_EQ(message.rfind(L"Error Overriding RefNode\nNode: Crate - ", 0), 0u) << WStr(message.c_str()).ToUTF8();
     EXPECT_NE(message.find(L"\nLastOperation: Override Hidden\n\ndisplay refused"), std::wstring::npos)
         << WStr(message.c_str()).ToUTF8();

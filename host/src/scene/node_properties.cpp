@@ -117,8 +117,8 @@ void Node::setHidden(bool on) {
     NodeEventBatch batch;
     recordChange<bool>(this, !on, on, [](Node* n, const bool& v) { n->setHidden(v); }, L"Hide");
     hidden_ = on;
+    // Hiding is not one of the display properties: its dependents hear it, the display-property listeners not.
     NotifyDependents(FOREVER, NODE_DISPLAY_PART_HIDDEN, REFMSG_NODE_DISPLAY_PROP_CHANGED);
-    broadcastTable(NOTIFY_POST_NODE_DISPLAY_PROP_CHANGED);
     changed(NodeEvent::HideChanged);
 }
 
@@ -128,7 +128,6 @@ void Node::setFrozen(bool on) {
     recordChange<bool>(this, !on, on, [](Node* n, const bool& v) { n->setFrozen(v); }, L"Freeze");
     frozen_ = on;
     NotifyDependents(FOREVER, NODE_DISPLAY_PART_FROZEN, REFMSG_NODE_DISPLAY_PROP_CHANGED);
-    broadcastTable(NOTIFY_POST_NODE_DISPLAY_PROP_CHANGED);
     if (!on) BroadcastNotification(NOTIFY_NODE_UNFREEZE, static_cast<INode*>(this));
     changed(NodeEvent::FreezeChanged);
 }

@@ -243,6 +243,11 @@ void Scene::SaveScene(const MSTR& path, bool makeCurrent) {
         root_->PartRoles().clear();
         for (Installed& p : parts_)
             if (p.item) root_->PartRoles().push_back(int(p.part.role));
+        struct Writing {
+            bool& flag;
+            explicit Writing(bool& f) : flag(f) { flag = true; }
+            ~Writing() { flag = false; }
+        } writing(writingFile_);
         WriteFileReplacing(path, WriteSceneFile(ContentRoots(), path));
         if (makeCurrent) path_ = path;
     } catch (...) {

@@ -36,6 +36,8 @@ public:
     // Full path of the open scene file, empty for an untitled scene.
     const MSTR& CurFilePath() const { return path_; }
     bool IsSaveRequired() const { return saveRequired_; }
+    // True while SaveScene writes the file (between the pre-save and post-save notifications).
+    bool IsWritingFile() const { return writingFile_; }
     void SetSaveRequired(bool required) { saveRequired_ = required; }
 
     // Scene parts: registered once per process; every scene gets a fresh item of each.
@@ -92,6 +94,7 @@ private:
     std::vector<Node*> selection_;
     MSTR path_;
     bool saveRequired_ = false;
+    bool writingFile_ = false;
     int taskMode_ = 1;
     AnimHandle editObject_ = 0;
 };

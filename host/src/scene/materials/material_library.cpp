@@ -5,6 +5,7 @@
 #include "hold.h"
 #include "ioapi.h"
 #include "scene/materials/material_classes.h"
+#include "scene/scene.h"
 #include "scene/scene_parts.h"
 
 #include <algorithm>
@@ -108,6 +109,13 @@ RefResult SceneMaterialLibrary::NotifyRefChanged(const Interval&, RefTargetHandl
     return REF_STOP;
 }
 
+BOOL SceneMaterialLibrary::IsRealDependency(ReferenceTarget*) { return Scene::Instance().IsWritingFile() ? FALSE : TRUE; }
+
+void SceneMaterialLibrary::DropEmptyEntries::proc(ILoad*) {
+    std::vector<MtlBase*>& entries = lib_->entries_;
+    entries.erase(std::remove(entries.begin(), entries.end(), nullptr), entries.end());
+}
+
 IOResult SceneMaterialLibrary::Save(ISave* isave) { return SaveCountChunk(isave, kCountChunk, ULONG(entries_.size())); }
 
 IOResult SceneMaterialLibrary::Load(ILoad* iload) {
@@ -118,6 +126,7 @@ IOResult SceneMaterialLibrary::Load(ILoad* iload) {
             if (ReadCount(iload, kMaxEntries, n) != IO_OK) return IO_ERROR;
             entries_.assign(n, nullptr);
             listed_.clear();
+            iload->RegisterPostLoadCallback(&dropEmpty_);
         }
         iload->CloseChunk();
     }
