@@ -6,6 +6,8 @@
 #include "maxscript/value.h"
 
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace hostrt::mxs {
 
@@ -19,6 +21,14 @@ void RegisterMathBuiltins();    // abs, amax, amin, random, seed, timeStamp...
 void RegisterFileBuiltins();    // INI settings, file names, getDir
 void RegisterFileOperationBuiltins();  // getFiles, deleteFile, renameFile, copyFile, getFileSize, makeDir...
 void RegisterAssertBuiltins();  // assert_true, assert_equal...
+void RegisterVectorBuiltins();  // pow, dot, cross, normalize, length, matrices, angleAxis, inverse, colours
+void RegisterDictionaryBuiltins();  // Dictionary, DataPair and the dictionary functions
+void RegisterBitBuiltins();     // bit.and, bit.or, bit.shift ...
+void RegisterNameBuiltins();    // uniqueName
+
+// A global that groups functions under one name (`bit.and`, `macros.run`, `custAttributes.add`): reading
+// it answers an object whose properties are the functions.
+void RegisterFunctionSet(const std::wstring& name, std::vector<std::pair<std::wstring, NativeFn>> functions);
 
 // The class value of v and the name of a class's superclass chain membership.
 Value ClassOf(const Value& v);

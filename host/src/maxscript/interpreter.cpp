@@ -48,10 +48,20 @@ Interpreter& Interpreter::Shared() {
 Interpreter& Interpreter::Current() { return current ? *current : Shared(); }
 
 Value Interpreter::Execute(std::wstring_view source, const std::wstring& sourceName) {
-    return Run(Parse(source, sourceName));
+    auto program = std::make_shared<ast::Program>();
+    program->source = std::wstring(source);
+    program->sourceName = sourceName;
+    ScriptReader reader(program);
+    return RunTopLevel(program, [&reader]() { return reader.Next(); });
 }
 
 Value Interpreter::Run(const std::shared_ptr<ast::Program>& program) {
+    std::size_t i = 0;
+    const auto& body = program->top->body;
+    return RunTopLevel(program, [&]() -> const ast::Node* { return i < body.size() ? body[i++].get() : nullptr; });
+}
+
+template <class Next> Value Interpreter::RunTopLevel(const std::shared_ptr<ast::Program>& program, Next next) {
     struct Running {
         Interpreter& in;
         Interpreter* outer;
@@ -77,7 +87,12 @@ Value Interpreter::Run(const std::shared_ptr<ast::Program>& program) {
         return e;
     };
     try {
-        return Eval(*program->top, nullptr);
+        Value last;
+        while (const ast::Node* node = next()) {
+            last = Eval(*node, nullptr);
+            lastResult_ = last;
+        }
+        return last;
     } catch (ReturnSignal& r) {
         return r.value;
     } catch (ExitSignal&) {
