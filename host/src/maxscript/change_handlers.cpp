@@ -2,7 +2,8 @@
 // nodes through a reference maker of its own (changes and deletion reach it as reference messages) and
 // through the scene's node events (renames, selection, links, delivered when the host operation ends). It
 // runs its body, with the node that changed when a parameter is written, and never for a change its own
-// body makes. An error in the body is written to the listener; the change that set it off goes on.
+// body makes. An error in the body is written to the listener; the change that set it off goes on. Reset,
+// new and open end every handler before the old scene goes.
 #include "maxscript/evaluator.h"
 
 #include "inode.h"
@@ -14,6 +15,7 @@
 #include "maxscript/print.h"
 #include "maxscript/registry.h"
 #include "maxscript/scene_values.h"
+#include "notify.h"
 #include "ref.h"
 
 #include <algorithm>
@@ -149,6 +151,8 @@ private:
     }
 };
 
+void RemoveHandlers(const std::function<bool(const ChangeHandler&)>& which);
+
 void ListenToNodeEvents() {
     static NodeEvents events;
     static bool registered = false;
@@ -157,6 +161,10 @@ void ListenToNodeEvents() {
         manager->RegisterCallback(&events);
         registered = true;
     }
+    // The nodes of the scene are about to go: so are the handlers watching them.
+    auto endAll = [](void*, NotifyInfo*) { RemoveHandlers([](const ChangeHandler&) { return true; }); };
+    for (int code : {NOTIFY_SYSTEM_PRE_RESET, NOTIFY_SYSTEM_PRE_NEW, NOTIFY_FILE_PRE_OPEN})
+        RegisterNotification(endAll, nullptr, code);
 }
 
 void RemoveHandlers(const std::function<bool(const ChangeHandler&)>& which) {

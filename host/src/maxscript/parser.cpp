@@ -91,7 +91,10 @@ NodePtr Parser::NextTopLevel() {
     while (isPunct(L";")) next();
     if (atEnd()) return nullptr;
     started_ = true;
-    return parseExpr();
+    NodePtr e = parseExpr();
+    // An expression that ends where the text stops being readable might have gone on: it does not run.
+    if (cur().kind == Tok::Error) fail(L"<end of statement>");
+    return e;
 }
 
 void Parser::parseSequence(Block& block, const wchar_t* closing) {
@@ -110,6 +113,7 @@ bool Parser::endsStatement() const { return atEnd() || cur().newlineBefore || is
 // ---- Expressions.
 
 NodePtr Parser::parseExpr() {
+    const Nest nest(*this);
     const Token& t = cur();
     if (t.kind == Tok::Ident) {
         if (t.IsWord(L"if")) return parseIf();
@@ -188,6 +192,7 @@ NodePtr Parser::parseAnd() {
 }
 
 NodePtr Parser::parseNot() {
+    const Nest nest(*this);
     if (isWord(L"not")) {
         auto n = make<Unary>(cur());
         n->op = L"not";
@@ -257,6 +262,7 @@ NodePtr Parser::parseAs() {
 }
 
 NodePtr Parser::parseUnary() {
+    const Nest nest(*this);
     if (isPunct(L"-")) {
         const Token t = cur();
         next();

@@ -129,6 +129,17 @@ private:
 
     std::vector<Token> toks_;
     std::optional<ScriptError> lexError_;
+    // Nesting depth of expressions: a text nested deeper than the stack can take fails as a syntax error.
+    struct Nest {
+        explicit Nest(Parser& p) : parser(p) {
+            if (++parser.depth_ > kMaxDepth) parser.fail(L"<expression nested less deeply>");
+        }
+        ~Nest() { --parser.depth_; }
+        Parser& parser;
+    };
+    static constexpr int kMaxDepth = 1000;
+    int depth_ = 0;
+
     std::size_t pos_ = 0;
     bool failedAtEnd_ = false;
     bool started_ = false;  // NextTopLevel has handed out an expression
