@@ -105,6 +105,10 @@ TEST_F(Definitions, ChangeHandlersNeitherLoopNorStopTheChangeThatSetThemOff) {
     EXPECT_EQ(Printed(L"b.pos"), L"[11,0,0]");
     EXPECT_TRUE(in.Execute(L"b.isSelected").AsBool()) << "an error in a handler does not undo the selection";
     EXPECT_NE(listener.Text().find(L"-- Error in change handler (select)"), std::wstring::npos) << MaxSDK::ToUTF8(listener.Text());
+    // A handler may delete itself while it runs.
+    in.Execute(L"deleteAllChangeHandlers id:#t; heard = #(); when transform b changes id:#once do (deleteAllChangeHandlers id:#once; append heard 1)\n"
+               L"b.pos = [0, 0, 0]; b.pos = [1, 0, 0]");
+    EXPECT_EQ(Printed(L"heard"), L"#(1)");
     // A new scene ends every handler.
     in.Execute(L"resetMaxFile #noPrompt; heard = #(); c = box(); when transform c changes do append heard 1; "
                L"resetMaxFile #noPrompt; c2 = box(); c2.pos = [5, 0, 0]");

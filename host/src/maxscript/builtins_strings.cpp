@@ -1,5 +1,5 @@
 // String built-ins: findString, substring, filterString, toUpper, toLower, matchPattern, substituteString,
-// trimLeft, trimRight, replace, formattedPrint, and `"text" as stringStream`.
+// trimLeft, trimRight, stricmp, replace, formattedPrint, and `"text" as stringStream`.
 #include "maxscript/builtins.h"
 
 #include "maxscript/convert.h"
@@ -211,6 +211,12 @@ void RegisterStringBuiltins() {
         for (std::size_t at = s.find(from); at != std::wstring::npos; at = s.find(from, at + to.size()))
             s.replace(at, from.size(), to);
         return Value::String(std::move(s));
+    });
+    // stricmp: the order of two strings without regard to case (negative, 0, positive), as sort functions want.
+    RegisterGlobalFunction(L"stricmp", [](CallContext&, CallArgs& args) {
+        CheckArgCount(L"stricmp", args, 2);
+        const std::wstring a = FoldCase(Arg(args, 0)), b = FoldCase(Arg(args, 1));
+        return Value::Int(a < b ? -1 : a > b ? 1 : 0);
     });
     RegisterGlobalFunction(L"replace", [](CallContext&, CallArgs& args) {
         CheckArgCount(L"replace", args, 4);

@@ -32,7 +32,7 @@ std::vector<std::shared_ptr<ChangeHandler>>& Active() {
     return active;
 }
 
-class ChangeHandler : public ExtObject {
+class ChangeHandler : public ExtObject, public std::enable_shared_from_this<ChangeHandler> {
 public:
     ChangeHandler(std::wstring attribute, Value id, Value body, bool passesNode)
         : attribute_(std::move(attribute)), id_(std::move(id)), body_(std::move(body)), passesNode_(passesNode) {}
@@ -53,6 +53,8 @@ public:
 
     void Fire(INode* node) {
         if (busy_ || !watcher_) return;
+        // The body may delete this handler (and the script may hold it nowhere else): it lives to the end.
+        const std::shared_ptr<ChangeHandler> self = shared_from_this();
         busy_ = true;
         Interpreter& in = Interpreter::Current();
         try {
