@@ -215,10 +215,9 @@ TEST_F(InterfaceOperations, DuplicateVandrelsCopiesTheNamedHelpersWithTheirEdits
     RequireRealOperations();
     Script(L"$Chair.wirecolor = color 200 0 0");
     Script(L"Vandrels.DuplicateVandrels #(1, 7)");
-    EXPECT_EQ(RunInt(L"Vandrels.NumVandrels()"), 4);
-    EXPECT_EQ(CountNamed(L"Chair"), 2);
-    EXPECT_EQ(RunInt(L"(for o in objects where o.name == \"Chair\" and o.wirecolor == color 200 0 0 collect o).count"),
-              2);
+    EXPECT_EQ(HelperNames(), (Names{L"chairs", L"lamps", L"missing", L"chairs001"}));
+    EXPECT_EQ(RunInt(L"(Vandrels.GetVandrel 4).NumRefNodes()"), 2);
+    EXPECT_EQ(RunInt(L"(for o in objects where o.wirecolor == color 200 0 0 collect o).count"), 2);
 }
 
 // Nodes mode resets the chosen parameter groups of the chosen nodes' records (whatever their category) and
