@@ -8,6 +8,10 @@
 #include "maxexception.h"
 #include "ui/error_report.h"
 
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
 namespace vandrels {
 namespace {
 
@@ -30,6 +34,47 @@ private:
     bool switched_ = false;
 };
 
+// The host writes a listed node together with the nodes below it. For its lifetime the children of the written
+// nodes that are not written themselves (local nodes linked under referenced ones) hang from the scene root,
+// keeping their transforms under their parents; afterwards they go back, each in its place among its siblings.
+class UnwrittenChildrenAside {
+public:
+    explicit UnwrittenChildrenAside(const INodeTab& written) {
+        std::unordered_set<INode*> listed(written.begin(), written.end());
+        for (INode* parent : written) {
+            std::vector<INode*> order;
+            bool moves = false;
+            for (int i = 0; parent && i < parent->NumberOfChildren(); ++i) {
+                INode* child = parent->GetChildNode(i);
+                order.push_back(child);
+                moves = moves || !listed.count(child);
+            }
+            if (!moves) continue;
+            for (INode* child : order)
+                if (!listed.count(child)) child->Detach(0, FALSE);
+            parents_.emplace_back(parent, std::move(order));
+        }
+    }
+    ~UnwrittenChildrenAside() {
+        for (auto& [parent, order] : parents_) {
+            // Attaching appends: from the first child out of place on, every child is attached again in order.
+            std::size_t first = 0;
+            while (first < order.size() && int(first) < parent->NumberOfChildren() &&
+                   parent->GetChildNode(int(first)) == order[first])
+                ++first;
+            for (std::size_t i = first; i < order.size(); ++i) {
+                if (order[i]->GetParentNode() == parent) order[i]->Detach(0, FALSE);
+                parent->AttachChild(order[i], FALSE);
+            }
+        }
+    }
+    UnwrittenChildrenAside(const UnwrittenChildrenAside&) = delete;
+    UnwrittenChildrenAside& operator=(const UnwrittenChildrenAside&) = delete;
+
+private:
+    std::vector<std::pair<INode*, std::vector<INode*>>> parents_;
+};
+
 }  // namespace
 }  // namespace vandrels
 
@@ -45,6 +90,7 @@ int VandrelsHelper::SaveAs(const MCHAR* fileName) {
         for (INode* node : nodes) table.Append(node);
         PrefixOffScope prefixOff(this);
         OperationModeScope mode(kModeSavingAs);
+        UnwrittenChildrenAside aside(table);
         Interface* ip = GetCOREInterface();
         if (!ip->SaveNodes(&table, fileName)) throw MAXException(ip->GetLastFileError());
         return 1;
