@@ -3,8 +3,6 @@
 // reset (which mode, which records, which reloads), adding references through the file dialog, and what the
 // interface answers to bad input (no file name, a missing reference file), the manager requests and the about
 // box.
-// Tests marked RequireRealOperations check the effect of the helpers' reload, reset, duplicate and reset-by-mask
-// operations themselves; they are skipped while those operations are placeholders.
 #include "helper/vandrels_helper.h"
 #include "anims/ref_anim.h"
 #include "records/ref_base.h"
@@ -38,14 +36,8 @@ using vtest::Script;
 
 constexpr int kNotifyUnloadStarts = 0xDFA2;  // call parameter: the helper
 constexpr int kNotifyBatchOpened = 0xDFA6;
-constexpr Interface_ID kOperationLog(0x9663DFB0, 0x4F2738F0);  // counts the placeholder operations' calls
 constexpr UINT kAboutDialog = 122;
 constexpr int kAboutVersion = 1206, kAboutHostVersion = 1010, kAboutLink = 1029;
-
-// The helpers' reload, reset, duplicate and reset by mask count their calls instead of working until the
-// reference operations are in place.
-#define RequireRealOperations()                                                                   \
-    if (GetCOREInterface(kOperationLog)) GTEST_SKIP() << "the helpers' reference operations are placeholders"
 
 // A script's value as a string (a MAXScript error caught by the script is answered as its text).
 std::wstring Text(const std::wstring& script) {
@@ -185,7 +177,6 @@ TEST_F(InterfaceOperations, IndexListsShareOneBatchAndSkipWhatTheyCannotUse) {
 
 // A reload keeps the local edits, a reset drops them; both act on the named helpers in the order named.
 TEST_F(InterfaceOperations, ReloadAndResetActOnTheNamedHelpersInOrder) {
-    RequireRealOperations();
     Script(L"$Chair.wirecolor = color 200 0 0");
     Script(L"Vandrels.ReloadVandrels #(0, 2, 99)");
     EXPECT_EQ(probe.unloaded, (Names{L"lamps"}));
@@ -212,7 +203,6 @@ TEST_F(InterfaceOperations, MergeVandrelsLeavesPlainContentAndTakesRepeats) {
 }
 
 TEST_F(InterfaceOperations, DuplicateVandrelsCopiesTheNamedHelpersWithTheirEdits) {
-    RequireRealOperations();
     Script(L"$Chair.wirecolor = color 200 0 0");
     Script(L"Vandrels.DuplicateVandrels #(1, 7)");
     EXPECT_EQ(HelperNames(), (Names{L"chairs", L"lamps", L"missing", L"chairs001"}));
@@ -246,9 +236,7 @@ TEST_F(InterfaceOperations, AdvancedResetChoosesItsModeAndTheRecordsFromItsArgum
     Script(L"Vandrels.AdvancedReset nodes:#($Chair, $Seat, $Chair) category:#{} parameters:#{5}");
     EXPECT_EQ(chair->GetOverrideFlags() & (kNodeWireColor | kNodeHidden), 0u);
     EXPECT_EQ(probe.batches, 2);
-    if (!GetCOREInterface(kOperationLog)) {
-        EXPECT_EQ(probe.unloaded, (Names{L"chairs", L"chairs"}));
-    }
+    EXPECT_EQ(probe.unloaded, (Names{L"chairs", L"chairs"}));
 }
 
 // A local node with a referenced material: the material bit resets the material record and reloads its helper;
@@ -276,7 +264,6 @@ TEST_F(InterfaceOperations, AdvancedResetTakesTheReferencedMaterialOfALocalNode)
 // References mode resets the chosen helpers' records by the mask and reloads them: the helpers named, or
 // without names the helpers selected in the manager.
 TEST_F(InterfaceOperations, AdvancedResetOfReferencesResetsAndReloadsTheChosenHelpers) {
-    RequireRealOperations();
     Script(L"$Chair.wirecolor = color 200 0 0; $Stool.name = \"Seat\"");
     Script(L"Vandrels.AdvancedReset references:#(1, 9) selection:2 parameters:#{5}");
     EXPECT_EQ(probe.unloaded, (Names{L"chairs"}));
