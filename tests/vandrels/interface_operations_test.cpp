@@ -265,8 +265,9 @@ TEST_F(InterfaceOperations, AdvancedResetTakesTheReferencedMaterialOfALocalNode)
 // without names the helpers selected in the manager.
 TEST_F(InterfaceOperations, AdvancedResetOfReferencesResetsAndReloadsTheChosenHelpers) {
     Script(L"$Chair.wirecolor = color 200 0 0; $Stool.name = \"Seat\"");
-    Script(L"Vandrels.AdvancedReset references:#(1, 9) selection:2 parameters:#{5}");
-    EXPECT_EQ(probe.unloaded, (Names{L"chairs"}));
+    Script(L"Vandrels.AdvancedReset references:#(1, 9, 1) selection:2 parameters:#{5}");
+    EXPECT_EQ(probe.unloaded, (Names{L"chairs", L"chairs"}));  // a repeated index acts again
+    EXPECT_EQ(probe.batches, 1);
     EXPECT_TRUE(Truth(L"$Chair.wirecolor == color 10 20 30"));
     EXPECT_EQ(CountNamed(L"Seat"), 1);  // the name was not chosen
     probe.Clear();

@@ -30,17 +30,17 @@ ResetMode ChooseMode(int selection, bool referencesGiven, bool nodesGiven) {
     return ResetMode::None;
 }
 
-// The helpers an advanced reset reloads, each once, in the order they were met; a helper whose reference
-// cannot be loaded is reported once and refused.
+// The helpers an advanced reset reloads, in the order they were met: each once, or as often as they were met
+// when repeats count (an index list names a helper as often as it likes). A helper whose reference cannot be
+// loaded is reported once and refused.
 class ReloadList {
 public:
+    explicit ReloadList(bool repeatsCount) : repeatsCount_(repeatsCount) {}
     bool Accept(VandrelsHelper* helper) {
         if (!helper) return false;
         auto [it, fresh] = loadable_.try_emplace(helper, false);
-        if (fresh) {
-            it->second = !ReportReferenceFileProblem(helper, kLeftAsItWas);
-            if (it->second) order_.push_back(helper);
-        }
+        if (fresh) it->second = !ReportReferenceFileProblem(helper, kLeftAsItWas);
+        if (it->second && (fresh || repeatsCount_)) order_.push_back(helper);
         return it->second;
     }
     // Reload on each listed helper, inside a batch of the reset's own.
@@ -51,6 +51,7 @@ public:
     }
 
 private:
+    bool repeatsCount_;
     std::unordered_map<VandrelsHelper*, bool> loadable_;
     std::vector<VandrelsHelper*> order_;
 };
@@ -67,7 +68,7 @@ void ResetReferences(DWORD mask, const Tab<int>* references) {
             if (helper && helper->pblock && helper->pblock->GetInt(vh_selected_in_manager)) chosen.push_back(node);
         }
     }
-    ReloadList reloads;
+    ReloadList reloads(true);
     for (INode* node : chosen) {
         VandrelsHelper* helper = HelperOf(node);
         if (reloads.Accept(helper)) ResetByMask(helper, mask | kResetReferences);
@@ -83,7 +84,10 @@ void ResetNodes(DWORD mask, const Tab<INode*>* nodes) {
         Interface* ip = GetCOREInterface();
         for (int i = 0; i < ip->GetSelNodeCount(); ++i) chosen.push_back(ip->GetSelNode(i));
     }
-    ReloadList reloads;
+    // One reset pass for all the nodes: an animatable that several of their records share is reset once. (A
+    // helper's reset by mask starts a pass of its own.)
+    RefBase::BeginResetPass();
+    ReloadList reloads(false);
     for (INode* node : chosen) {
         if (!node) continue;
         if (RefNode* record = FindNodeRecord(node); record && reloads.Accept(record->GetHelper()))
@@ -104,8 +108,6 @@ void AdvancedReset(int selection, const BitArray* categories, const BitArray* pa
                    const Tab<INode*>* nodes) {
     const DWORD mask = BuildResetMask(categories, parameters);
     OperationModeScope mode(kModeAdvancedReset);
-    // One reset pass: an animatable that several records share is reset once.
-    RefBase::BeginResetPass();
     switch (ChooseMode(selection, references != nullptr, nodes != nullptr)) {
         case ResetMode::References: ResetReferences(mask, references); break;
         case ResetMode::Nodes: ResetNodes(mask, nodes); break;
