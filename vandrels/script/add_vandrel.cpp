@@ -22,6 +22,7 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 namespace vandrels {
 
@@ -49,16 +50,42 @@ MSTR FolderOf(const MSTR& path) {
     return MSTR(text.substr(0, cut > 1 ? cut - 1 : cut));
 }
 
+// The files of a multiple-selection file dialog's answer (one full path, or the folder followed by the file
+// names) as full paths, and the folder they are in (without a trailing separator).
+struct PickedFiles {
+    std::vector<MSTR> paths;
+    MSTR folder;
+};
+
+PickedFiles FilesFromDialogAnswer(const std::vector<MSTR>& answer) {
+    PickedFiles picked;
+    if (answer.size() == 1) {
+        picked.paths.push_back(answer.front());
+        picked.folder = FolderOf(answer.front());
+    } else if (answer.size() > 1) {
+        picked.folder = answer.front();
+        // A backslash joins them, unless the folder is written with forward slashes only.
+        const std::wstring folder = picked.folder.str();
+        const bool forward = folder.find(L'/') != std::wstring::npos && folder.find(L'\\') == std::wstring::npos;
+        MSTR prefix = picked.folder;
+        if (!folder.empty() && !IsSeparator(folder.back())) prefix += forward ? L'/' : L'\\';
+        for (std::size_t i = 1; i < answer.size(); ++i) picked.paths.push_back(prefix + answer[i]);
+    }
+    return picked;
+}
+
+// A file name that names no file; nothing is made.
+MAXException NoFileName(const MCHAR* what) {
+    return MAXException(MSTR(L"Vandrels.AddVandrel: the file name is ") + what +
+                        L"; pass the path of a scene file (nothing was added)");
+}
+
 }  // namespace
 
 INode* AddVandrel(const MCHAR* fileName, const MCHAR* proxyFileName, bool load, bool active, bool proxyViewport,
                   bool proxyRender) {
-    if (!fileName)
-        throw MAXException(L"Vandrels.AddVandrel: the file name is undefined; pass the path of a scene file "
-                           L"(nothing was added)");
-    if (!*fileName)
-        throw MAXException(L"Vandrels.AddVandrel: the file name is empty; pass the path of a scene file "
-                           L"(nothing was added)");
+    if (!fileName) throw NoFileName(L"undefined");
+    if (!*fileName) throw NoFileName(L"empty");
     if (!proxyFileName) proxyFileName = L"";
     Interface* ip = GetCOREInterface();
     auto* helper = static_cast<VandrelsHelper*>(CreateInstance(HELPER_CLASS_ID, VANDRELS_HELPER_CLASS_ID));
@@ -89,23 +116,6 @@ INode* AddVandrel(const MCHAR* fileName, const MCHAR* proxyFileName, bool load, 
     }
     RefreshManagerIfOpen();
     return node;
-}
-
-PickedFiles FilesFromDialogAnswer(const std::vector<MSTR>& answer) {
-    PickedFiles picked;
-    if (answer.size() == 1) {
-        picked.paths.push_back(answer.front());
-        picked.folder = FolderOf(answer.front());
-    } else if (answer.size() > 1) {
-        picked.folder = answer.front();
-        // A backslash joins them, unless the folder is written with forward slashes only.
-        const std::wstring folder = picked.folder.str();
-        const bool forward = folder.find(L'/') != std::wstring::npos && folder.find(L'\\') == std::wstring::npos;
-        MSTR prefix = picked.folder;
-        if (!folder.empty() && !IsSeparator(folder.back())) prefix += forward ? L'/' : L'\\';
-        for (std::size_t i = 1; i < answer.size(); ++i) picked.paths.push_back(prefix + answer[i]);
-    }
-    return picked;
 }
 
 void AddVandrelDialog() {

@@ -5,8 +5,6 @@
 
 #include "inode.h"
 
-#include <vector>
-
 namespace vandrels {
 
 // Creates the helper node and answers it. A missing file still makes a helper (so that its path can be
@@ -18,13 +16,5 @@ INode* AddVandrel(const MCHAR* fileName, const MCHAR* proxyFileName, bool load, 
 // Asks for one or more reference files, starting in the folder remembered in "LastFileDir", and adds one loaded
 // helper per file; only the new helpers stay selected in the manager. Cancel changes nothing.
 void AddVandrelDialog();
-
-// The files of a multiple-selection file dialog's answer (one full path, or the folder followed by the file
-// names) as full paths, and the folder they are in (without a trailing separator).
-struct PickedFiles {
-    std::vector<MSTR> paths;
-    MSTR folder;
-};
-PickedFiles FilesFromDialogAnswer(const std::vector<MSTR>& answer);
 
 }  // namespace vandrels

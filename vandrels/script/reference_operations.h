@@ -4,7 +4,7 @@
 // with a listener line (reference_file_check.h).
 #pragma once
 
-#include "script/manager_requests.h"
+#include "script/manager_requests.h"  // RefreshManagerIfOpen, which the helper's scene events reach through here
 
 #include "tab.h"
 
