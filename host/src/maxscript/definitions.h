@@ -78,6 +78,11 @@ Value DefinePlugin(const DefinitionSite& site, const ast::Definition& def);     
 Value DefineAttributes(const DefinitionSite& site, const ast::Definition& def);   // scripted_plugins.cpp
 Value DefineMacroScript(const DefinitionSite& site, const ast::Definition& def);  // macroscripts.cpp
 
+// The action table of macroScripts (actionMan.executeAction 647394 "<macro id>").
+constexpr int kMacroScriptActionTable = 647394;
+// Runs the macroScript whose id is written in id; false when there is none.
+bool RunMacroAction(CallContext& ctx, const std::wstring& id);
+
 // The built-in functions that go with them, each kind's in its file; RegisterDefinitionBuiltins registers
 // them all.
 void RegisterDefinitionBuiltins();

@@ -1,6 +1,6 @@
 // macroScripts: each definition is registered as an action under its category and name (a later definition
-// of the same pair replaces the earlier one and keeps its id), and runs with `macros.run "Category" "Name"`
-// or `macros.run id`. A run evaluates the body in a scope of its own; when the body has an `on execute`
+// of the same pair replaces the earlier one and keeps its id), and runs with `macros.run "Category" "Name"`,
+// `macros.run id` or as an action of the macro table (`actionMan.executeAction 647394 "id"`). A run evaluates the body in a scope of its own; when the body has an `on execute`
 // handler, the expressions outside the handlers set up the scope and the handler runs.
 #include "maxscript/definitions.h"
 
@@ -74,6 +74,18 @@ Value MacrosRun(CallContext& ctx, CallArgs& args) {
 }
 
 }  // namespace
+
+bool RunMacroAction(CallContext& ctx, const std::wstring& id) {
+    const auto number = ParseNumber(id);
+    if (!number) return false;
+    for (const MacroScript& m : Macros()) {
+        if (m.id != int(*number)) continue;
+        const MacroScript running = m;
+        Run(ctx.interp, running);
+        return true;
+    }
+    return false;
+}
 
 Value DefineMacroScript(const DefinitionSite& site, const ast::Definition& def) {
     const auto keywords = EvalKeywords(site, def.keywords, site.scope);
