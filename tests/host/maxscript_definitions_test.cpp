@@ -66,6 +66,15 @@ TEST_F(Definitions, RolloutControlsKeepTheRulesOfRealControls) {
     EXPECT_EQ(ErrorText(L"r.lst.pressed()"), L"Unknown property: \"pressed\" in ListBoxControl:lst");
 }
 
+TEST_F(Definitions, RolloutsMakeTheirLocalsAndControlsWhenTheyOpen) {
+    // What a rollout's controls need may be defined after the rollout; an error shows when it opens.
+    in.Execute(L"rollout late \"Late\" ( local n = lateItems.count; dropdownlist ddl items:lateItems )");
+    EXPECT_EQ(ErrorText(L"createDialog late"), L"Unknown property: \"count\" in undefined");
+    EXPECT_FALSE(in.Execute(L"late.open").AsBool());
+    in.Execute(L"lateItems = #(\"a\", \"b\"); createDialog late");
+    EXPECT_EQ(Printed(L"#(late.n, late.ddl.items)"), L"#(2, #(\"a\", \"b\"))");
+}
+
 TEST_F(Definitions, StructInstancesKeepTheirOwnMembersAndFunctions) {
     in.Execute(LR"(
         fn makeCounterType start = (

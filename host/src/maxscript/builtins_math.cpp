@@ -53,6 +53,13 @@ Value Random(CallContext& ctx, CallArgs& args) {
         const float z = RandomFloat(gen, p.z, q.z);
         return Value::P3(Point3(x, y, z));
     }
+    if (a.Is(Kind::Color) && b.Is(Kind::Color)) {
+        const AColor p = a.AsColor(), q = b.AsColor();
+        const float r = RandomFloat(gen, p.r, q.r);
+        const float g = RandomFloat(gen, p.g, q.g);
+        const float bl = RandomFloat(gen, p.b, q.b);
+        return Value::Col(AColor(r, g, bl, 255.f));
+    }
     if (a.Is(Kind::Time) || b.Is(Kind::Time)) {
         const TimeValue lo = std::min(ToTime(a), ToTime(b)), hi = std::max(ToTime(a), ToTime(b));
         return Value::Time(std::uniform_int_distribution<int>(lo, hi)(gen));

@@ -32,7 +32,15 @@ public:
         if (auto h = FindKeyword(keywords, L"height")) height_ = *h;
         if (auto r = FindKeyword(keywords, L"rolledUp")) rolledUp_ = ToBool(*r);
         for (const ast::NodePtr& e : def_.body) in.Eval(*e, site_.scope);
-        Build();
+        // Locals and controls are made again when the rollout opens; what they need may come later in the
+        // script, so an error now waits for the opening to be reported.
+        try {
+            Build();
+        } catch (const ScriptError&) {
+            scope_ = MemberScope(site_.scope);
+            handlers_ = std::make_shared<HandlerTable>();
+            controls_.clear();
+        }
     }
 
     // Fresh locals, functions, handlers and controls from the definition.
