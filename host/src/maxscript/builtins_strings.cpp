@@ -32,22 +32,22 @@ std::wstring Trim(const std::wstring& s, const std::wstring& chars, bool left) {
 
 // A printf conversion as formattedPrint takes it: "[flags][width][.precision][size]type", with or without
 // its '%'. The size prefix is read and dropped; nullopt for anything else.
-struct PrintfSpec {
+struct PrintfConversion {
     std::wstring head;  // "%" with flags, width and precision
     wchar_t type = L'g';
     bool integral() const { return std::wstring_view(L"diouxXc").find(type) != std::wstring_view::npos; }
 };
 
-std::optional<PrintfSpec> ParseSpec(const std::wstring& format) {
+std::optional<PrintfConversion> ParseConversion(const std::wstring& format) {
     std::size_t i = format.rfind(L'%', 0) == 0 ? 1 : 0;
-    PrintfSpec spec;
-    spec.head = L"%";
+    PrintfConversion conv;
+    conv.head = L"%";
     while (i < format.size() && std::wstring_view(L"-+ #0").find(format[i]) != std::wstring_view::npos)
-        spec.head += format[i++];
-    while (i < format.size() && std::iswdigit(wint_t(format[i]))) spec.head += format[i++];
+        conv.head += format[i++];
+    while (i < format.size() && std::iswdigit(wint_t(format[i]))) conv.head += format[i++];
     if (i < format.size() && format[i] == L'.') {
-        spec.head += format[i++];
-        while (i < format.size() && std::iswdigit(wint_t(format[i]))) spec.head += format[i++];
+        conv.head += format[i++];
+        while (i < format.size() && std::iswdigit(wint_t(format[i]))) conv.head += format[i++];
     }
     for (const wchar_t* size : {L"I64", L"I32", L"ll", L"hh", L"l", L"h", L"L", L"I"})
         if (format.compare(i, std::wcslen(size), size) == 0) {
@@ -56,18 +56,18 @@ std::optional<PrintfSpec> ParseSpec(const std::wstring& format) {
         }
     if (i + 1 != format.size() || std::wstring_view(L"diouxXeEfgGaAcs").find(format[i]) == std::wstring_view::npos)
         return std::nullopt;
-    spec.type = format[i];
-    return spec;
+    conv.type = format[i];
+    return conv;
 }
 
-std::wstring FormatNumber(const PrintfSpec& spec, double v, bool isInteger) {
+std::wstring FormatNumber(const PrintfConversion& conv, double v, bool isInteger) {
     wchar_t buf[512];
-    const std::wstring fmt = spec.head + (spec.integral() ? std::wstring(L"ll") : std::wstring()) + spec.type;
-    if (spec.type == L's') {
+    const std::wstring fmt = conv.head + (conv.integral() ? std::wstring(L"ll") : std::wstring()) + conv.type;
+    if (conv.type == L's') {
         const std::wstring text = isInteger ? std::to_wstring((long long)v) : FormatFloat(v);
-        std::swprintf(buf, 512, (spec.head + L"ls").c_str(), text.c_str());
-    } else if (spec.integral()) {
-        if (spec.type == L'c') std::swprintf(buf, 512, (spec.head + L"lc").c_str(), wint_t((long long)v));
+        std::swprintf(buf, 512, (conv.head + L"ls").c_str(), text.c_str());
+    } else if (conv.integral()) {
+        if (conv.type == L'c') std::swprintf(buf, 512, (conv.head + L"lc").c_str(), wint_t((long long)v));
         else std::swprintf(buf, 512, fmt.c_str(), (long long)v);
     } else {
         std::swprintf(buf, 512, fmt.c_str(), v);
@@ -78,13 +78,13 @@ std::wstring FormatNumber(const PrintfSpec& spec, double v, bool isInteger) {
 // formattedPrint <value> format:<string>: each number of the value in the format; floats default to
 // "0.8g" and integers to "d".
 std::wstring FormattedPrint(const Value& v, const std::optional<std::wstring>& format) {
-    auto spec = [&](bool integer) {
+    auto conv = [&](bool integer) {
         const std::wstring f = format ? *format : (integer ? L"d" : L"0.8g");
-        auto parsed = ParseSpec(f);
+        auto parsed = ParseConversion(f);
         if (!parsed) throw RuntimeError(L"formattedPrint: cannot format with \"" + f + L"\"");
         return *parsed;
     };
-    auto number = [&](double x, bool integer) { return FormatNumber(spec(integer), x, integer); };
+    auto number = [&](double x, bool integer) { return FormatNumber(conv(integer), x, integer); };
     auto components = [&](std::initializer_list<float> cs, const wchar_t* open, const wchar_t* sep, const wchar_t* close) {
         std::wstring out = open;
         bool first = true;
@@ -100,7 +100,7 @@ std::wstring FormattedPrint(const Value& v, const std::optional<std::wstring>& f
     case Kind::Float: return number(v.AsFloat(), false);
     case Kind::Time: return number(double(v.AsTime()) / GetTicksPerFrame(), false) + L"f";
     case Kind::Bool: {
-        PrintfSpec s = spec(false);
+        PrintfConversion s = conv(false);
         s.type = L's';
         wchar_t buf[64];
         std::swprintf(buf, 64, (s.head + L"ls").c_str(), v.AsBool() ? L"true" : L"false");
@@ -108,7 +108,7 @@ std::wstring FormattedPrint(const Value& v, const std::optional<std::wstring>& f
     }
     case Kind::String: {
         wchar_t buf[4096];
-        const PrintfSpec s = format ? spec(false) : PrintfSpec{L"%", L's'};
+        const PrintfConversion s = format ? conv(false) : PrintfConversion{L"%", L's'};
         std::swprintf(buf, 4096, (s.head + L"ls").c_str(), v.Text().c_str());
         return buf;
     }

@@ -16,17 +16,16 @@
 namespace hostrt::mxs {
 
 // Where a definition is written: its code runs later (a handler, a constructor, a macro) in that script and
-// scope, with errors reporting that script's lines.
+// scope, with errors reporting that script's lines, in whichever interpreter runs it then.
 struct DefinitionSite {
-    Interpreter* in = nullptr;
     std::shared_ptr<const ast::Program> program;
     std::shared_ptr<Scope> scope;  // null at the top level
 };
 
-// Makes the site's script the running one while it lives, so errors point into it.
+// Makes the site's script the running one of in while it lives, so errors point into it.
 class SiteFrame {
 public:
-    explicit SiteFrame(const DefinitionSite& site);
+    SiteFrame(Interpreter& in, const DefinitionSite& site);
     ~SiteFrame();
     SiteFrame(const SiteFrame&) = delete;
     SiteFrame& operator=(const SiteFrame&) = delete;
@@ -42,10 +41,10 @@ std::shared_ptr<Scope> MemberScope(const std::shared_ptr<Scope>& parent);
 // A function value of a written function whose free variables are looked up from closure.
 Value BindFunction(const DefinitionSite& site, const ast::FnDef& fn, const std::shared_ptr<Scope>& closure);
 // Evaluates the members (variables with their initial values, functions) in written order into scope.
-void InitMembers(const DefinitionSite& site, const std::vector<ast::Member>& members,
+void InitMembers(Interpreter& in, const DefinitionSite& site, const std::vector<ast::Member>& members,
                  const std::shared_ptr<Scope>& scope);
 // Evaluates keyword arguments in scope.
-std::vector<std::pair<std::wstring, Value>> EvalKeywords(const DefinitionSite& site,
+std::vector<std::pair<std::wstring, Value>> EvalKeywords(Interpreter& in, const DefinitionSite& site,
                                                          const std::vector<ast::KeywordArg>& keywords,
                                                          const std::shared_ptr<Scope>& scope);
 // The value of the written keyword of that name (no case), nullopt when it is not written.
@@ -70,13 +69,13 @@ private:
 };
 
 // ---- The definers: each evaluates its definition and answers the value the definition expression has.
-Value DefineStruct(const DefinitionSite& site, const ast::Definition& def);       // script_struct.cpp
-Value DefineRollout(const DefinitionSite& site, const ast::Definition& def);      // rollouts.cpp (and utility)
-Value DefineRCMenu(const DefinitionSite& site, const ast::Definition& def);       // menus_tools.cpp
-Value DefineTool(const DefinitionSite& site, const ast::Definition& def);         // menus_tools.cpp
-Value DefinePlugin(const DefinitionSite& site, const ast::Definition& def);       // scripted_plugins.cpp
-Value DefineAttributes(const DefinitionSite& site, const ast::Definition& def);   // scripted_plugins.cpp
-Value DefineMacroScript(const DefinitionSite& site, const ast::Definition& def);  // macroscripts.cpp
+Value DefineStruct(Interpreter& in, const DefinitionSite& site, const ast::Definition& def);       // script_struct.cpp
+Value DefineRollout(Interpreter& in, const DefinitionSite& site, const ast::Definition& def);      // rollouts.cpp
+Value DefineRCMenu(Interpreter& in, const DefinitionSite& site, const ast::Definition& def);       // menus_tools.cpp
+Value DefineTool(Interpreter& in, const DefinitionSite& site, const ast::Definition& def);         // menus_tools.cpp
+Value DefinePlugin(Interpreter& in, const DefinitionSite& site, const ast::Definition& def);       // scripted_plugins.cpp
+Value DefineAttributes(Interpreter& in, const DefinitionSite& site, const ast::Definition& def);   // scripted_plugins.cpp
+Value DefineMacroScript(Interpreter& in, const DefinitionSite& site, const ast::Definition& def);  // macroscripts.cpp
 
 // The action table of macroScripts (actionMan.executeAction 647394 "<macro id>").
 constexpr int kMacroScriptActionTable = 647394;

@@ -6,7 +6,7 @@
 
 namespace hostrt::mxs {
 
-SiteFrame::SiteFrame(const DefinitionSite& site) : in_(*site.in) {
+SiteFrame::SiteFrame(Interpreter& in, const DefinitionSite& site) : in_(in) {
     saved_ = Evaluator::SwapProgram(in_, site.program);
 }
 
@@ -28,22 +28,22 @@ Value BindFunction(const DefinitionSite& site, const ast::FnDef& fn, const std::
     return Value::Function(std::move(data));
 }
 
-void InitMembers(const DefinitionSite& site, const std::vector<ast::Member>& members,
+void InitMembers(Interpreter& in, const DefinitionSite& site, const std::vector<ast::Member>& members,
                  const std::shared_ptr<Scope>& scope) {
-    SiteFrame frame(site);
+    SiteFrame frame(in, site);
     // Functions are there first, so an initial value may call any of them.
     for (const ast::Member& m : members)
         if (m.function) scope->vars[m.name] = BindFunction(site, static_cast<const ast::FnDef&>(*m.init), scope);
     for (const ast::Member& m : members)
-        if (!m.function) scope->vars[m.name] = m.init ? site.in->Eval(*m.init, scope) : Value::Undefined();
+        if (!m.function) scope->vars[m.name] = m.init ? in.Eval(*m.init, scope) : Value::Undefined();
 }
 
-std::vector<std::pair<std::wstring, Value>> EvalKeywords(const DefinitionSite& site,
+std::vector<std::pair<std::wstring, Value>> EvalKeywords(Interpreter& in, const DefinitionSite& site,
                                                          const std::vector<ast::KeywordArg>& keywords,
                                                          const std::shared_ptr<Scope>& scope) {
-    SiteFrame frame(site);
+    SiteFrame frame(in, site);
     std::vector<std::pair<std::wstring, Value>> out;
-    for (const ast::KeywordArg& k : keywords) out.emplace_back(k.name, site.in->Eval(*k.value, scope));
+    for (const ast::KeywordArg& k : keywords) out.emplace_back(k.name, in.Eval(*k.value, scope));
     return out;
 }
 
@@ -83,23 +83,23 @@ void RegisterDefinitionBuiltins() {
 }
 
 Value Evaluator::Definition(Interpreter& in, const ast::Definition& n, const ScopePtr& scope) {
-    const DefinitionSite site{&in, in.program_, scope};
+    const DefinitionSite site{in.program_, scope};
     Value v;
     bool named = true;  // the definition is also a variable of its name
     switch (n.what) {
-    case ast::DefKind::Struct: v = DefineStruct(site, n); break;
+    case ast::DefKind::Struct: v = DefineStruct(in, site, n); break;
     case ast::DefKind::Rollout:
-    case ast::DefKind::Utility: v = DefineRollout(site, n); break;
-    case ast::DefKind::RCMenu: v = DefineRCMenu(site, n); break;
-    case ast::DefKind::Tool: v = DefineTool(site, n); break;
+    case ast::DefKind::Utility: v = DefineRollout(in, site, n); break;
+    case ast::DefKind::RCMenu: v = DefineRCMenu(in, site, n); break;
+    case ast::DefKind::Tool: v = DefineTool(in, site, n); break;
     case ast::DefKind::Plugin:
         // A plug-in is a class, known by its name everywhere.
-        v = DefinePlugin(site, n);
+        v = DefinePlugin(in, site, n);
         named = false;
         break;
-    case ast::DefKind::Attributes: v = DefineAttributes(site, n); break;
+    case ast::DefKind::Attributes: v = DefineAttributes(in, site, n); break;
     case ast::DefKind::MacroScript:
-        v = DefineMacroScript(site, n);
+        v = DefineMacroScript(in, site, n);
         named = false;
         break;
     case ast::DefKind::Parameters: throw RuntimeError(L"A parameter block belongs in a plugin or attributes definition");

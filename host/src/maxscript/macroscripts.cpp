@@ -40,10 +40,10 @@ MacroScript* Find(const std::wstring& category, const std::wstring& name) {
 Value Run(Interpreter& in, const MacroScript& macro) {
     auto scope = std::make_shared<Scope>();
     scope->parent = macro.site.scope;
-    const DefinitionSite site{&in, macro.site.program, scope};
+    const DefinitionSite site{macro.site.program, scope};
     Value result;
     {
-        SiteFrame frame(site);
+        SiteFrame frame(in, site);
         for (const ast::NodePtr& e : macro.def->body) result = in.Eval(*e, scope);
     }
     HandlerTable handlers;
@@ -87,16 +87,16 @@ bool RunMacroAction(CallContext& ctx, const std::wstring& id) {
     return false;
 }
 
-Value DefineMacroScript(const DefinitionSite& site, const ast::Definition& def) {
-    const auto keywords = EvalKeywords(site, def.keywords, site.scope);
+Value DefineMacroScript(Interpreter& in, const DefinitionSite& site, const ast::Definition& def) {
+    const auto keywords = EvalKeywords(in, site, def.keywords, site.scope);
     MacroScript m;
     m.name = def.name;
     m.category = FindKeyword(keywords, L"category") ? DisplayForm(*FindKeyword(keywords, L"category"))
                                                     : std::wstring(L"Uncategorized");
     Value caption;
     if (def.caption) {
-        SiteFrame frame(site);
-        caption = site.in->Eval(*def.caption, site.scope);
+        SiteFrame frame(in, site);
+        caption = in.Eval(*def.caption, site.scope);
     }
     if (auto text = FindKeyword(keywords, L"buttonText")) caption = *text;
     m.buttonText = caption.IsUndefined() ? def.name : DisplayForm(caption);

@@ -19,14 +19,14 @@ class MenuObject : public ExtObject {
 public:
     MenuObject(DefinitionSite site, const ast::Definition& def) : site_(std::move(site)), def_(def) {}
 
-    void Build() {
+    void Build(Interpreter& in) {
         scope_ = MemberScope(site_.scope);
         auto handlers = std::make_shared<HandlerTable>();
         handlers->Bind(site_, def_, scope_);
         handlers_ = handlers;
-        InitMembers(site_, def_.members, scope_);
+        InitMembers(in, site_, def_.members, scope_);
         items_.clear();
-        for (const ast::ControlDef& c : def_.controls) AddItem(c);
+        for (const ast::ControlDef& c : def_.controls) AddItem(in, c);
     }
 
     std::wstring ClassName() const override { return L"RCMenu"; }
@@ -50,18 +50,18 @@ public:
     }
 
 private:
-    void AddItem(const ast::ControlDef& c) {
+    void AddItem(Interpreter& in, const ast::ControlDef& c) {
         if (c.type == L"submenu") {
-            for (const ast::ControlDef& child : c.children) AddItem(child);
+            for (const ast::ControlDef& child : c.children) AddItem(in, child);
             return;
         }
         Value caption;
         {
-            SiteFrame frame(site_);
-            if (c.caption) caption = site_.in->Eval(*c.caption, scope_);
+            SiteFrame frame(in, site_);
+            if (c.caption) caption = in.Eval(*c.caption, scope_);
         }
         auto item = std::make_shared<ControlObject>(c.type, c.name, handlers_);
-        item->Init(caption, EvalKeywords(site_, c.keywords, scope_));
+        item->Init(caption, EvalKeywords(in, site_, c.keywords, scope_));
         scope_->vars[FoldCase(c.name)] = Value::Ext(item);
         items_.push_back(std::move(item));
     }
@@ -77,16 +77,16 @@ class ToolObject : public ExtObject {
 public:
     ToolObject(DefinitionSite site, const ast::Definition& def) : site_(std::move(site)), def_(def) {}
 
-    void Build() {
+    void Build(Interpreter& in) {
         scope_ = MemberScope(site_.scope);
         handlers_.Bind(site_, def_, scope_);
-        InitMembers(site_, def_.members, scope_);
-        keywords_ = EvalKeywords(site_, def_.keywords, site_.scope);
+        InitMembers(in, site_, def_.members, scope_);
+        keywords_ = EvalKeywords(in, site_, def_.keywords, site_.scope);
     }
 
     // Starts and, with no mouse to click, stops the tool at once.
     Value Start(Interpreter& in) {
-        Build();
+        Build(in);
         running_ = true;
         handlers_.Run(in, L"", L"start");
         running_ = false;
@@ -130,15 +130,15 @@ template <class T> std::shared_ptr<T> Arg(const Value& v, const wchar_t* classNa
 
 }  // namespace
 
-Value DefineRCMenu(const DefinitionSite& site, const ast::Definition& def) {
+Value DefineRCMenu(Interpreter& in, const DefinitionSite& site, const ast::Definition& def) {
     auto menu = std::make_shared<MenuObject>(site, def);
-    menu->Build();
+    menu->Build(in);
     return Value::Ext(menu);
 }
 
-Value DefineTool(const DefinitionSite& site, const ast::Definition& def) {
+Value DefineTool(Interpreter& in, const DefinitionSite& site, const ast::Definition& def) {
     auto tool = std::make_shared<ToolObject>(site, def);
-    tool->Build();
+    tool->Build(in);
     return Value::Ext(tool);
 }
 

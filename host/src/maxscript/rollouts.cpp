@@ -25,9 +25,9 @@ public:
 
     // Evaluates what stays for the rollout's life: its title and size.
     void Define(Interpreter& in) {
-        SiteFrame frame(site_);
+        SiteFrame frame(in, site_);
         title_ = def_.caption ? Value::String(DisplayForm(in.Eval(*def_.caption, site_.scope))) : Value::String(def_.name);
-        const auto keywords = EvalKeywords(site_, def_.keywords, site_.scope);
+        const auto keywords = EvalKeywords(in, site_, def_.keywords, site_.scope);
         if (auto w = FindKeyword(keywords, L"width")) width_ = *w;
         if (auto h = FindKeyword(keywords, L"height")) height_ = *h;
         if (auto r = FindKeyword(keywords, L"rolledUp")) rolledUp_ = ToBool(*r);
@@ -35,7 +35,7 @@ public:
         // Locals and controls are made again when the rollout opens; what they need may come later in the
         // script, so an error now waits for the opening to be reported.
         try {
-            Build();
+            Build(in);
         } catch (const ScriptError&) {
             scope_ = MemberScope(site_.scope);
             handlers_ = std::make_shared<HandlerTable>();
@@ -44,14 +44,14 @@ public:
     }
 
     // Fresh locals, functions, handlers and controls from the definition.
-    void Build() {
+    void Build(Interpreter& in) {
         scope_ = MemberScope(site_.scope);
         auto handlers = std::make_shared<HandlerTable>();
         handlers->Bind(site_, def_, scope_);
         handlers_ = handlers;
-        InitMembers(site_, def_.members, scope_);
+        InitMembers(in, site_, def_.members, scope_);
         controls_.clear();
-        for (const ast::ControlDef& c : def_.controls) AddControl(c);
+        for (const ast::ControlDef& c : def_.controls) AddControl(in, c);
     }
 
     bool IsOpen() const { return open_; }
@@ -59,7 +59,7 @@ public:
 
     void Open(Interpreter& in, bool inDialog, const std::shared_ptr<FloaterObject>& floater) {
         if (open_) return;
-        Build();
+        Build(in);
         open_ = true;
         inDialog_ = inDialog;
         floater_ = floater;
@@ -137,18 +137,18 @@ private:
         return v.Is(Kind::Ext) && dynamic_cast<ControlObject*>(v.ExtObj().get()) != nullptr;
     }
 
-    void AddControl(const ast::ControlDef& c) {
+    void AddControl(Interpreter& in, const ast::ControlDef& c) {
         if (c.type == L"group") {
-            for (const ast::ControlDef& child : c.children) AddControl(child);
+            for (const ast::ControlDef& child : c.children) AddControl(in, child);
             return;
         }
         Value caption;
         {
-            SiteFrame frame(site_);
-            if (c.caption) caption = site_.in->Eval(*c.caption, scope_);
+            SiteFrame frame(in, site_);
+            if (c.caption) caption = in.Eval(*c.caption, scope_);
         }
         auto control = std::make_shared<ControlObject>(c.type, c.name, handlers_);
-        control->Init(caption, EvalKeywords(site_, c.keywords, scope_));
+        control->Init(caption, EvalKeywords(in, site_, c.keywords, scope_));
         scope_->vars[FoldCase(c.name)] = Value::Ext(control);
         controls_.push_back(std::move(control));
     }
@@ -258,9 +258,9 @@ Value CreateDialog(CallContext& ctx, CallArgs& args) {
 
 }  // namespace
 
-Value DefineRollout(const DefinitionSite& site, const ast::Definition& def) {
+Value DefineRollout(Interpreter& in, const DefinitionSite& site, const ast::Definition& def) {
     auto r = std::make_shared<RolloutObject>(site, def);
-    r->Define(*site.in);
+    r->Define(in);
     return Value::Ext(r);
 }
 

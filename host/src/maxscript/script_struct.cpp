@@ -112,7 +112,7 @@ std::optional<Value> StructDefObject::Call(CallContext& ctx, CallArgs& args) {
     // The functions come first, so that initial values may call them.
     auto instance = StructInstance::Finish(self, scope);
     {
-        SiteFrame frame(site_);
+        SiteFrame frame(ctx.interp, site_);
         for (const ast::Member& m : def_.members)
             if (!m.function) scope->vars[m.name] = m.init ? ctx.interp.Eval(*m.init, scope) : Value::Undefined();
     }
@@ -131,20 +131,20 @@ std::optional<Value> StructDefObject::Call(CallContext& ctx, CallArgs& args) {
     return Value::Ext(instance);
 }
 
-std::optional<Value> StructDefObject::GetProperty(CallContext&, const std::wstring& name) {
+std::optional<Value> StructDefObject::GetProperty(CallContext& ctx, const std::wstring& name) {
     const ast::Member* m = FindMember(FoldCase(name));
     if (!m || !m->function || m->isPrivate) return std::nullopt;
     // A function called through the definition sees the members' initial values.
     if (!statics_) {
         statics_ = MemberScope(site_.scope);
-        InitMembers(site_, def_.members, statics_);
+        InitMembers(ctx.interp, site_, def_.members, statics_);
     }
     return *statics_->Find(m->name);
 }
 
 }  // namespace
 
-Value DefineStruct(const DefinitionSite& site, const ast::Definition& def) {
+Value DefineStruct(Interpreter&, const DefinitionSite& site, const ast::Definition& def) {
     for (const ast::Definition::Handler& h : def.handlers)
         if (h.event != L"create" && h.event != L"clone")
             throw RuntimeError(L"Unknown struct event handler: " + h.fn->name + L" in struct " + def.name);

@@ -83,7 +83,7 @@ public:
             auto handlers = std::make_shared<HandlerTable>();
             handlers->Bind(site, *nested, scope_);
             for (const ast::ControlDef& p : nested->controls) {
-                const auto keywords = EvalKeywords(site, p.keywords, scope_);
+                const auto keywords = EvalKeywords(in, site, p.keywords, scope_);
                 std::wstring type = L"float";
                 if (auto t = FindKeyword(keywords, L"type")) type = FoldCase(ToText(*t));
                 Value value;
@@ -102,14 +102,14 @@ public:
             }
         }
         handlers_.Bind(site, def, scope_);
-        InitMembers(site, def.members, scope_);
+        InitMembers(in, site, def.members, scope_);
         // Rollouts and tools of the definition see its parameters and locals.
-        const DefinitionSite inner{&in, site.program, scope_};
+        const DefinitionSite inner{site.program, scope_};
         for (const auto& nested : def.nested) {
             if (nested->what == ast::DefKind::Rollout)
-                scope_->vars[FoldCase(nested->name)] = DefineRollout(inner, *nested);
+                scope_->vars[FoldCase(nested->name)] = DefineRollout(in, inner, *nested);
             else if (nested->what == ast::DefKind::Tool)
-                scope_->vars[FoldCase(nested->name)] = DefineTool(inner, *nested);
+                scope_->vars[FoldCase(nested->name)] = DefineTool(in, inner, *nested);
         }
     }
 
@@ -311,7 +311,7 @@ void RegisterCustAttributes() {
 
 }  // namespace
 
-Value DefinePlugin(const DefinitionSite& site, const ast::Definition& def) {
+Value DefinePlugin(Interpreter&, const DefinitionSite& site, const ast::Definition& def) {
     auto scripted = std::make_shared<ScriptedDefinition>(site, def);
     const wchar_t* mapped = ScriptSuperclass(def.superclass);
     const std::wstring superclass = mapped ? mapped : def.superclass;
@@ -327,7 +327,7 @@ Value DefinePlugin(const DefinitionSite& site, const ast::Definition& def) {
     return cls;
 }
 
-Value DefineAttributes(const DefinitionSite& site, const ast::Definition& def) {
+Value DefineAttributes(Interpreter&, const DefinitionSite& site, const ast::Definition& def) {
     return Value::Ext(std::make_shared<AttributeDefObject>(std::make_shared<ScriptedDefinition>(site, def)));
 }
 
