@@ -104,8 +104,10 @@ Value Evaluator::Definition(Interpreter& in, const ast::Definition& n, const Sco
         break;
     case ast::DefKind::Parameters: throw RuntimeError(L"A parameter block belongs in a plugin or attributes definition");
     }
+    // The name goes to a variable already visible (a global declared before, as tool scripts declare their
+    // dialogs), else it becomes a variable of the scope the definition is written in.
     if (named && !n.name.empty() && n.name.find_first_of(L" \t") == std::wstring::npos)
-        DefineLocal(in, FoldCase(n.name), v, scope);
+        WriteVar(in, FoldCase(n.name), n.name, v, scope);
     return v;
 }
 
