@@ -371,7 +371,7 @@ LexResult TokenizeLenient(std::wstring_view source) {
         end.kind = Tok::End;
         result.tokens.push_back(stop);
         result.tokens.push_back(end);
-        result.error = std::move(e);
+        result.error = std::make_unique<ScriptError>(std::move(e));
     }
     return result;
 }

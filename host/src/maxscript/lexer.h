@@ -5,7 +5,7 @@
 
 #include "maxscript/errors.h"
 
-#include <optional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -50,7 +50,7 @@ std::vector<Token> Tokenize(std::wstring_view source);
 // before it first.
 struct LexResult {
     std::vector<Token> tokens;
-    std::optional<ScriptError> error;
+    std::unique_ptr<ScriptError> error;  // null when the whole text reads
 };
 LexResult TokenizeLenient(std::wstring_view source);
 

@@ -7,6 +7,7 @@
 #include "maxscript/lexer.h"
 
 #include <initializer_list>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,7 +21,7 @@ bool IsReservedWord(const Token& t);
 class Parser {
 public:
     // tokens may end with an Error token (a lenient lexer run); lexError is then the error it stands for.
-    explicit Parser(std::vector<Token> tokens, std::optional<ScriptError> lexError = std::nullopt)
+    explicit Parser(std::vector<Token> tokens, std::unique_ptr<ScriptError> lexError = nullptr)
         : toks_(std::move(tokens)), lexError_(std::move(lexError)) {}
 
     // The whole text as one unscoped block.
@@ -128,7 +129,7 @@ private:
     std::vector<ast::ControlDef> parseControlGroup(bool menu);
 
     std::vector<Token> toks_;
-    std::optional<ScriptError> lexError_;
+    std::unique_ptr<ScriptError> lexError_;
     // Nesting depth of expressions: a text nested deeper than the stack can take fails as a syntax error.
     struct Nest {
         explicit Nest(Parser& p) : parser(p) {
