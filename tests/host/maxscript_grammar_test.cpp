@@ -123,6 +123,7 @@ TEST(MaxScriptGrammar, FormsWithAMeaningEvaluateAsMaxScriptDoes) {
         {L"::g = 9; g", L"9"},
         {L"p = 1; q = 2; swap &p &q; #(p, q)", L"#(2, 1)"},
         {L"arr = #(3, 4); swap &arr[1] &arr[2]; arr", L"#(4, 3)"},
+        {L"a = 1; r = &a; *r = 5; #(a, *r, 2 * 3)", L"#(5, 5, 6)"},
         {L"out = #(); collectInto #(1, 2, 3) out; out", L"#(10, 20, 30)"},
         {L"out = #(); collectInto 4 out; out", L"#(40)"},
         {L"for i in 1 to 10 by 4 collect i", L"#(1, 5, 9)"},

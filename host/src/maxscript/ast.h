@@ -96,7 +96,7 @@ struct Block : Node {
 
 struct Unary : Node {
     Unary() : Node(NodeKind::Unary) {}
-    std::wstring op;  // "-" or "not"
+    std::wstring op;  // "-", "not" or "*" (dereference)
     NodePtr operand;
 };
 

@@ -80,6 +80,12 @@ ValueReference* AsReference(const Value& v) {
     return v.Is(Kind::Ext) ? dynamic_cast<ValueReference*>(v.ExtObj().get()) : nullptr;
 }
 
+ValueReference& Dereference(const Value& v) {
+    ValueReference* ref = AsReference(v);
+    if (!ref) throw RuntimeError(L"Cannot dereference: " + PrintForm(v));
+    return *ref;
+}
+
 Value Evaluator::Dispatch(Interpreter& in, const Node& node, const ScopePtr& scope) {
     switch (node.kind) {
     case NodeKind::Literal: {
@@ -101,6 +107,7 @@ Value Evaluator::Dispatch(Interpreter& in, const Node& node, const ScopePtr& sco
     case NodeKind::Unary: {
         const auto& u = static_cast<const Unary&>(node);
         const Value v = in.Eval(*u.operand, scope);
+        if (u.op == L"*") return Dereference(v).Get();
         return u.op == L"not" ? Value::Bool(!ToBool(v)) : Negate(v);
     }
     case NodeKind::Binary: return Binary(in, static_cast<const ast::Binary&>(node), scope);
@@ -218,6 +225,12 @@ void Evaluator::Store(Interpreter& in, const Node& target, const Value& v, const
         in.SetIndex(object, index, v);
         return;
     }
+    case NodeKind::Unary:
+        if (static_cast<const Unary&>(target).op == L"*") {
+            Dereference(in.Eval(*static_cast<const Unary&>(target).operand, scope)).Set(v);
+            return;
+        }
+        return;
     default:
         // A value that is no variable (a call's result...): a changed copy has nowhere to go.
         return;

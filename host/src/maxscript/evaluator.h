@@ -26,6 +26,8 @@ private:
 };
 // The reference a value holds; null for any other value.
 ValueReference* AsReference(const Value& v);
+// The reference a value holds; "Cannot dereference" for any other value (`*x`).
+ValueReference& Dereference(const Value& v);
 
 class Evaluator {
 public:

@@ -148,7 +148,9 @@ NodePtr Parser::parseAssign() {
     const Token& t = cur();
     if (t.kind == Tok::Punct &&
         (t.text == L"=" || t.text == L"+=" || t.text == L"-=" || t.text == L"*=" || t.text == L"/=")) {
-        if (left->kind != NodeKind::Var && left->kind != NodeKind::Property && left->kind != NodeKind::Index)
+        const bool dereference = left->kind == NodeKind::Unary && static_cast<const Unary&>(*left).op == L"*";
+        if (left->kind != NodeKind::Var && left->kind != NodeKind::Property && left->kind != NodeKind::Index &&
+            !dereference)
             fail(L"<end of statement>");
         // An error of the assignment is reported where its target is written.
         auto n = make<Assign>(t);
@@ -284,6 +286,14 @@ NodePtr Parser::parseUnary() {
         return n;
     }
     if (startsReference()) return parseReference();
+    if (isPunct(L"*")) {
+        // `*r`: what the reference r refers to.
+        auto n = make<Unary>(cur());
+        n->op = L"*";
+        next();
+        n->operand = parseUnary();
+        return n;
+    }
     return parseCall();
 }
 
