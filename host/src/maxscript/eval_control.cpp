@@ -325,7 +325,10 @@ Value Evaluator::CallOnce(Interpreter& in, const FunctionData& fn, CallArgs& arg
     } else if (positional.size() != def.params.size()) {
         throw ArgCountError(def.name, int(def.params.size()), int(positional.size()));
     }
-    if (in.depth_ >= 1000) throw RuntimeError(L"Call stack overflow in " + def.name);
+    constexpr std::ptrdiff_t kStackRoom = 4 << 20;  // of the 8 MiB the host's main thread has
+    const char* here = static_cast<const char*>(__builtin_frame_address(0));
+    if (in.depth_ >= 1000 || (in.stackBase_ && in.stackBase_ - here > kStackRoom))
+        throw RuntimeError(L"Call stack overflow in " + def.name);
 
     auto local = std::make_shared<Scope>();
     local->parent = fn.closure;

@@ -69,11 +69,13 @@ template <class Next> Value Interpreter::RunTopLevel(const std::shared_ptr<ast::
         std::wstring savedSource;
         Running(Interpreter& i, std::shared_ptr<const ast::Program> p)
             : in(i), outer(current), savedProgram(std::move(i.program_)), savedSource(i.sourceName_) {
+            if (in.running_++ == 0) in.stackBase_ = static_cast<const char*>(__builtin_frame_address(0));
             current = &in;
             in.sourceName_ = p->sourceName;
             in.program_ = std::move(p);
         }
         ~Running() {
+            if (--in.running_ == 0) in.stackBase_ = nullptr;
             current = outer;
             in.program_ = std::move(savedProgram);
             in.sourceName_ = std::move(savedSource);

@@ -120,6 +120,9 @@ private:
     std::vector<ScriptError> caught_;
     Interpreter* previous_ = nullptr;  // the interpreter that was current before this one ran
     int running_ = 0;
+    // Where the stack stood when the outermost script began: deep recursion stops while the stack still has
+    // room, also in builds whose frames are large.
+    const char* stackBase_ = nullptr;
 };
 
 }  // namespace hostrt::mxs
