@@ -79,6 +79,8 @@ int RunScriptFile(const std::string& path) {
     return RunText(text, MaxSDK::FromUTF8(path), false);
 }
 
+int RunScriptText(const std::wstring& text, const std::wstring& sourceName) { return RunText(text, sourceName, false); }
+
 int EvalText(const std::string& text) { return RunText(MaxSDK::FromUTF8(text), L"", true); }
 
 int RunListener(std::FILE* in) {

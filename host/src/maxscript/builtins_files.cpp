@@ -120,6 +120,7 @@ void RegisterFileBuiltins() {
     PathFunction(L"getFilenameFile", hostrt::PathStem);
     PathFunction(L"getFilenamePath", hostrt::PathDirectory);
     PathFunction(L"getFilenameType", hostrt::PathExtension);
+    PathFunction(L"filenameFromPath", hostrt::PathFileName);
     RegisterGlobalFunction(L"getDir", GetDir);
 }
 
