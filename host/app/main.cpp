@@ -2,6 +2,7 @@
 // (`maxhost --help` lists them): plugins, demo, run FILE.ms, eval TEXT, or the MAXScript listener.
 #include "command_line.h"
 #include "commands.h"
+#include "platform/session.h"
 
 #include <cstdio>
 
@@ -23,6 +24,8 @@ int main(int argc, char** argv) {
     else if (line.command == "run") rc = maxhost::RunScriptFile(line.args[0]);
     else if (line.command == "eval") rc = maxhost::EvalText(line.args[0]);
     else rc = maxhost::RunListener(stdin);
+    // quitMax in a callback script ends the application once the script that caused the callback is done.
+    if (rc == 0 && hostrt::Session::Instance().QuitRequested()) rc = hostrt::Session::Instance().QuitExitCode();
     maxhost::StopHost();
     return rc;
 }

@@ -129,9 +129,49 @@ Value SaveNodes(CallContext& ctx, CallArgs& args) {
     }));
 }
 
+// holdMaxFile / fetchMaxFile: the scene kept in the host's hold file and brought back, with the file name it
+// had when it was held (the scene's own file is neither read nor written).
+struct HeldScene {
+    bool held = false;
+    MSTR filePath;
+};
+HeldScene& Held() {
+    static HeldScene held;
+    return held;
+}
+
+std::wstring HoldFilePath() { return std::wstring(GetCOREInterface()->GetDir(APP_TEMP_DIR)) + L"maxhold.mx"; }
+
+Value HoldMaxFile(CallContext&, CallArgs& args) {
+    CheckArgCount(L"holdMaxFile", args, 0);
+    const MSTR filePath = Scene::Instance().CurFilePath();
+    const bool ok = Attempt(L"holdMaxFile", [&] {
+        Scene::Instance().SaveScene(MSTR(HoldFilePath().c_str()), false);
+        return true;
+    });
+    if (ok) Held() = HeldScene{true, filePath};
+    return Value::Bool(ok);
+}
+
+Value FetchMaxFile(CallContext&, CallArgs& args) {
+    CheckArgCount(L"fetchMaxFile", args, 0);
+    if (!Held().held) {
+        ListenerWrite(L"-- fetchMaxFile failed: no scene is held\n");
+        return Value::Bool(false);
+    }
+    const bool ok = Attempt(L"fetchMaxFile", [&] {
+        Scene::Instance().OpenScene(MSTR(HoldFilePath().c_str()));
+        Scene::Instance().SetCurFilePath(Held().filePath);
+        return true;
+    });
+    return Value::Bool(ok);
+}
+
 }  // namespace
 
 void RegisterSceneFileFunctions() {
+    RegisterGlobalFunction(L"holdMaxFile", HoldMaxFile);
+    RegisterGlobalFunction(L"fetchMaxFile", FetchMaxFile);
     RegisterGlobalFunction(L"saveMaxFile", SaveMaxFile);
     RegisterGlobalFunction(L"loadMaxFile", LoadMaxFile);
     RegisterGlobalFunction(L"mergeMaxFile", MergeMaxFile);
