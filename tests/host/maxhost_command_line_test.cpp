@@ -143,3 +143,13 @@ TEST_F(MaxhostCommandLine, DemoReferencesASetAndKeepsTheShotsEditsOverReopening)
     EXPECT_EQ(o.status, 1);
     EXPECT_NE(o.err.find("the Vandrels plug-in is not loaded"), std::string::npos) << o.err;
 }
+
+TEST_F(MaxhostCommandLine, QuitMaxEndsTheRunWithItsExitCodeEvenInsideTry) {
+    std::ofstream(dir_ / "quit.ms") << "print 1\ntry (quitMax #noPrompt exitCode:3) catch (print \"caught\")\nprint 2\n";
+    Outcome o = Maxhost("run quit.ms --ini " + (dir_ / "q.ini").string());
+    EXPECT_EQ(o.status, 3) << o.err;
+    EXPECT_EQ(o.out, "1\n");
+    o = Maxhost("eval \"quitMax()\" --ini " + (dir_ / "q.ini").string());
+    EXPECT_EQ(o.status, 0) << o.err;
+    EXPECT_EQ(o.out, "") << "the value of a quitting text is not printed";
+}
