@@ -4,7 +4,9 @@
 // node and material in a record). Prints the time per node of both, their ratio, the peak memory per node and
 // per node record, the cost of resetting the scene afterwards and how each cost grows from one size to the next.
 // Then the shot: a scene that references the file with one node in ten edited locally is saved (against saving
-// the same scene with the content made local) and opened again (against the plain merge of the file).
+// the same scene with the content made local) and opened again (against the plain merge of the file). Last the
+// reload of that reference (unload, then load, the edits applied again) against the plain merge, and its unload
+// alone against deleting the same nodes in one call.
 #include "bench_scene.h"
 #include "core/class_directory.h"
 #include "core/plugin_manager.h"
@@ -239,7 +241,75 @@ void printShotGrowth(const ShotResult& a, const ShotResult& b) {
                 b.saveShot / a.saveShot);
 }
 
-Result measure(int nodeCount, int repeats, const fs::path& dir, bool& peakReset, std::vector<ShotResult>& shots) {
+// Reloading a reference with every tenth node edited, and unloading it.
+struct ReloadResult {
+    int nodes = 0;
+    int overrides = 0;
+    double merge = 0;    // the host's plain merge of the reference file
+    double reload = 0;   // the helper's Reload: its content unloaded, the file merged again, the edits applied
+    double unload = 0;   // the helper's Unload alone
+    double remove = 0;   // deleting the same nodes in one call of the host
+};
+
+ReloadResult measureReload(const fs::path& reference, int nodeCount, bool& peakReset) {
+    ReloadResult r;
+    r.nodes = nodeCount;
+    const MSTR referencePath(reference.wstring());
+    cleanStart(peakReset);
+    r.merge = seconds([&] {
+        if (!ip()->MergeFromFile(referencePath.data(), TRUE, FALSE, FALSE, MERGE_DUPS_MERGE, nullptr, 1000,
+                                 MERGE_REPARENT_PROMPT, FALSE))
+            throw std::runtime_error("cannot merge " + reference.string());
+    });
+
+    cleanStart(peakReset);
+    run(L"h = Vandrels.AddVandrel @\"" + reference.wstring() + L"\"");
+    r.overrides = editEveryNth(10);
+    r.reload = seconds([] {
+        if (runInt(L"h.baseObject.Reload()") != 1) throw std::runtime_error("the reload failed");
+    });
+    if (const int inScene = countNodes(); inScene != nodeCount + 1)
+        throw std::runtime_error("the reload left " + std::to_string(inScene) + " nodes instead of " +
+                                 std::to_string(nodeCount + 1));
+    if (const int kept = countEdited(); kept != r.overrides)
+        throw std::runtime_error("the reload kept " + std::to_string(kept) + " of " + std::to_string(r.overrides) +
+                                 " edits");
+
+    r.unload = seconds([] { run(L"h.baseObject.Unload()"); });
+    if (const int inScene = countNodes(); inScene != 1)
+        throw std::runtime_error("the unload left " + std::to_string(inScene) + " nodes");
+    run(L"h.baseObject.Reload()");
+    INodeTab nodes;
+    collectNodes(ip()->GetRootNode(), nodes);
+    INodeTab content;
+    for (INode* node : nodes)
+        if (node->GetObjectRef() && node->GetObjectRef()->SuperClassID() != HELPER_CLASS_ID) content.Append(node);
+    r.remove = seconds([&] { ip()->DeleteNodes(content, true, false); });
+    cleanStart(peakReset);
+    return r;
+}
+
+void printReloadHeader() {
+    std::printf("%9s %9s %11s %11s %7s %11s %11s %7s\n", "nodes", "overrides", "merge us/n", "reload us/n", "ratio",
+                "unload us/n", "delete us/n", "ratio");
+}
+
+void printReload(const ReloadResult& r) {
+    std::printf("%9d %9d %11.2f %11.2f %7.2f %11.2f %11.2f %7.2f\n", r.nodes, r.overrides,
+                perNodeMicros(r.merge, r.nodes), perNodeMicros(r.reload, r.nodes), r.reload / r.merge,
+                perNodeMicros(r.unload, r.nodes), perNodeMicros(r.remove, r.nodes), r.unload / r.remove);
+    std::fflush(stdout);
+}
+
+void printReloadGrowth(const ReloadResult& a, const ReloadResult& b) {
+    std::printf("growth %d -> %d nodes (x%.0f; that factor means linear): merge x%.1f, reload x%.1f, unload x%.1f, "
+                "delete x%.1f\n",
+                a.nodes, b.nodes, double(b.nodes) / a.nodes, b.merge / a.merge, b.reload / a.reload,
+                b.unload / a.unload, b.remove / a.remove);
+}
+
+Result measure(int nodeCount, int repeats, const fs::path& dir, bool& peakReset, std::vector<ShotResult>& shots,
+               std::vector<ReloadResult>& reloads) {
     Result r;
     r.nodes = nodeCount;
     const fs::path file = dir / ("reference_" + std::to_string(nodeCount) + ".max");
@@ -251,6 +321,7 @@ Result measure(int nodeCount, int repeats, const fs::path& dir, bool& peakReset,
         measureLoad(file, nodeCount, i, r, peakReset);
     }
     shots.push_back(measureShot(file, nodeCount, dir, peakReset));
+    reloads.push_back(measureReload(file, nodeCount, peakReset));
     fs::remove(file);
     return r;
 }
@@ -320,9 +391,10 @@ int main(int argc, char** argv) {
         printHeader();
         std::vector<Result> results;
         std::vector<ShotResult> shots;
+        std::vector<ReloadResult> reloads;
         bool peakReset = true;
         for (int n : sizes) {
-            results.push_back(measure(n, repeats, dir, peakReset, shots));
+            results.push_back(measure(n, repeats, dir, peakReset, shots, reloads));
             printResult(results.back());
         }
         if (!peakReset) std::printf("(the peak could not be reset between steps: memory figures are not usable)\n");
@@ -335,6 +407,13 @@ int main(int argc, char** argv) {
         printShotHeader();
         for (const ShotResult& shot : shots) printShot(shot);
         for (std::size_t i = 1; i < shots.size(); ++i) printShotGrowth(shots[i - 1], shots[i]);
+
+        std::printf("\nreload: the same reference with every tenth node edited, reloaded (unloaded, merged again, "
+                    "the edits applied) against the plain merge;\nunload: its unload alone against deleting the "
+                    "same nodes in one call\n");
+        printReloadHeader();
+        for (const ReloadResult& reload : reloads) printReload(reload);
+        for (std::size_t i = 1; i < reloads.size(); ++i) printReloadGrowth(reloads[i - 1], reloads[i]);
     } catch (const std::exception& e) {
         std::fprintf(stderr, "load_bench: %s\n", e.what());
         fs::remove_all(dir);

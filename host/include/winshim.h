@@ -119,6 +119,7 @@ using LPRECT = RECT*;
 #define WM_GETTEXTLENGTH 0x000E
 #define WM_INITDIALOG 0x0110
 #define WM_COMMAND 0x0111
+#define WM_NOTIFY 0x004E
 #define BM_GETCHECK 0x00F0
 #define BM_SETCHECK 0x00F1
 #define EM_SETSEL 0x00B1
@@ -126,6 +127,14 @@ using LPRECT = RECT*;
 // Notification codes in the high word of WM_COMMAND's wParam.
 #define BN_CLICKED 0
 #define EN_CHANGE 0x0300
+// WM_NOTIFY's lParam: the control that sends it and what happened (a link control sends NM_CLICK when clicked).
+struct NMHDR {
+    HWND hwndFrom = nullptr;
+    UINT_PTR idFrom = 0;
+    UINT code = 0;
+};
+#define NM_CLICK ((UINT)-2)
+#define NM_RETURN ((UINT)-4)
 // Check states.
 #define BST_UNCHECKED 0
 #define BST_CHECKED 1

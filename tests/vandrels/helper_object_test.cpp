@@ -20,9 +20,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -31,7 +34,6 @@ using vtest::SavedBy;
 
 constexpr Class_ID kHelperClass(0x8663DFA5, 0x3F273879);
 constexpr Interface_ID kHelperInterface(0x9663DFA5, 0x4F273879);
-constexpr Interface_ID kOperationLog(0x9663DFB0, 0x4F2738F0);
 enum { kActive = 0, kFileName, kProxyFileName, kUseProxyInViewport, kUseProxyInRender, kUseNamePrefix, kPersistRef,
        kReloadIfChanged, kSelectedInManager, kOther, kHideDupNames, kOverlay, kPersistReloadType };
 
@@ -69,22 +71,28 @@ FPInterface* InterfaceOf(ReferenceTarget* helper) {
     return dynamic_cast<FPInterface*>(helper->GetInterface(kHelperInterface));
 }
 
-// How often an operation of the helpers ran since the last Clear.
-int Ran(const MCHAR* operation) {
-    FPInterface* log = GetCOREInterface(kOperationLog);
-    EXPECT_NE(log, nullptr);
-    if (!log) return -1;
-    FPValue result;
-    FPParams params{FPValue(operation)};
-    EXPECT_EQ(log->Invoke(log->FindFn(L"Count"), result, &params), FPS_OK);
-    return result.i;
-}
+// The unloads and loads that start, in order (the notifications 0xDFA2 and 0xDFA4, which name their helper):
+// what the helper's operations do to its content, seen from outside.
+class OperationStarts {
+public:
+    static constexpr int kUnload = 0xDFA2;
+    static constexpr int kLoad = 0xDFA4;
+    OperationStarts() {
+        RegisterNotification(&OperationStarts::proc, this, kUnload);
+        RegisterNotification(&OperationStarts::proc, this, kLoad);
+    }
+    ~OperationStarts() { UnRegisterNotification(&OperationStarts::proc, this); }
+    // The codes heard since the last call, and forgets them.
+    std::vector<int> Take() { return std::exchange(codes_, {}); }
+    int Unloads() const { return int(std::count(codes_.begin(), codes_.end(), kUnload)); }
 
-void ClearLog() {
-    FPInterface* log = GetCOREInterface(kOperationLog);
-    ASSERT_NE(log, nullptr);
-    log->Invoke(log->FindFn(L"Clear"));
-}
+private:
+    static void proc(void* param, NotifyInfo* info) {
+        if (info && info->callParam) static_cast<OperationStarts*>(param)->codes_.push_back(info->intcode);
+    }
+    std::vector<int> codes_;
+};
+using Codes = std::vector<int>;
 
 class Helper : public ::testing::Test {
 protected:
@@ -92,7 +100,6 @@ protected:
         hostrt::RegisterBuiltinClasses();
         vtest::VandrelsLibrary();
         hostrt::Scene::Instance().ResetScene();
-        ClearLog();
         file_ = MSTR::FromUTF8(
             (std::filesystem::temp_directory_path() / ("vandrels_helper_" + std::to_string(::getpid()) + ".max"))
                 .string());
@@ -166,6 +173,9 @@ TEST_F(Helper, FreshHelperHasItsBlockAndTwoReferences) {
 TEST_F(Helper, AccessorTurnsParameterChangesIntoOperations) {
     ReferenceTarget* helper = NewHelper();
     IParamBlock2* pb = BlockOf(helper);
+    OperationStarts starts;
+    // The files do not exist: each load fails and unloads what it took.
+    const Codes reload{OperationStarts::kUnload, OperationStarts::kLoad, OperationStarts::kUnload};
 
     // The two reload settings follow each other without reloading.
     pb->SetValue(kPersistReloadType, 0, 1);
@@ -177,38 +187,27 @@ TEST_F(Helper, AccessorTurnsParameterChangesIntoOperations) {
     EXPECT_EQ(pb->GetInt(kPersistReloadType), 1);
     pb->SetValue(kReloadIfChanged, 0, FALSE);
     EXPECT_EQ(pb->GetInt(kPersistReloadType), 0);
-    EXPECT_EQ(Ran(L"Reload"), 0);
+    EXPECT_EQ(starts.Take(), Codes{});
 
-    // A proxy file matters only while the proxy is shown in the viewports.
+    // A proxy file matters only while the proxy is shown in the viewports; a new file name reloads.
     pb->SetValue(kProxyFileName, 0, L"proxy.max");
-    EXPECT_EQ(Ran(L"Reload"), 0);
+    EXPECT_EQ(starts.Take(), Codes{});
     pb->SetValue(kUseProxyInViewport, 0, TRUE);
-    EXPECT_EQ(Ran(L"Reload"), 1);
+    EXPECT_EQ(starts.Take(), reload);
     pb->SetValue(kProxyFileName, 0, L"proxy2.max");
-    EXPECT_EQ(Ran(L"Reload"), 2);
+    EXPECT_EQ(starts.Take(), reload);
     pb->SetValue(kFileName, 0, L"main.max");
-    EXPECT_EQ(Ran(L"Reload"), 3);
+    EXPECT_EQ(starts.Take(), reload);
     // Parameters without the accessor do nothing.
     pb->SetValue(kPersistRef, 0, TRUE);
     pb->SetValue(kUseProxyInRender, 0, TRUE);
-    EXPECT_EQ(Ran(L"Reload"), 3);
+    EXPECT_EQ(starts.Take(), Codes{});
 
-    // Switching Active on starts a load (its start notification names the helper).
-    struct LoadStarts {
-        int count = 0;
-        void* helper = nullptr;
-        static void proc(void* param, NotifyInfo* info) {
-            auto* self = static_cast<LoadStarts*>(param);
-            if (info && info->callParam == self->helper) ++self->count;
-        }
-    } starts{0, helper};
-    RegisterNotification(&LoadStarts::proc, &starts, 0xDFA4);
+    // Switching Active off unloads, on loads.
     pb->SetValue(kActive, 0, FALSE);
-    EXPECT_EQ(Ran(L"Unload"), 1);
-    EXPECT_EQ(starts.count, 0);
+    EXPECT_EQ(starts.Take(), Codes{OperationStarts::kUnload});
     pb->SetValue(kActive, 0, TRUE);
-    EXPECT_EQ(starts.count, 1);
-    UnRegisterNotification(&LoadStarts::proc, &starts);
+    EXPECT_EQ(starts.Take(), (Codes{OperationStarts::kLoad, OperationStarts::kUnload}));
     helper->DeleteThis();
 }
 
@@ -248,18 +247,35 @@ TEST_F(Helper, ScriptingInterfaceDispatchesAndRefusesBadCalls) {
         EXPECT_EQ(e.message, MSTR(L"Argument index out of bounds, passed into a MaxSDK::Array::operator[]"));
     }
 
-    // The operations reach the helper in their slots.
-    const struct {
-        FunctionID fid;
-        const MCHAR* name;
-    } ops[] = {{0, L"Reload"}, {1, L"Unload"}, {3, L"Dismiss"}, {4, L"Reset"}, {13, L"Overwrite"}};
-    for (const auto& op : ops) {
-        ASSERT_EQ(fpi->Invoke(op.fid, result), FPS_OK);
-        EXPECT_EQ(Ran(op.name), 1) << op.name;
-    }
+    // The operations reach the helper in their slots: an unload keeps the records' slots, a reload's load drops
+    // the empty ones, saving an unloaded reference is refused with the report, dismissing and resetting empty
+    // the helper's lists. The helper gets a block of its own (without one, every operation answers 0 at once).
+    ReferenceTarget* blockSource = NewHelper();
+    ASSERT_EQ(helper->ReplaceReference(0, CloneRefHierarchy(BlockOf(blockSource))), REF_SUCCEED);
+    blockSource->DeleteThis();
+    OperationStarts starts;
+    ASSERT_EQ(fpi->Invoke(1, result), FPS_OK);
+    EXPECT_EQ(result.i, 1);
+    EXPECT_EQ(starts.Take(), Codes{OperationStarts::kUnload});
+    ASSERT_EQ(fpi->Invoke(7, result), FPS_OK);
+    EXPECT_EQ(result.i, 2);
     FPParams file{FPValue(L"out.max")};
     ASSERT_EQ(fpi->Invoke(14, result, &file), FPS_OK);
-    EXPECT_EQ(Ran(L"SaveAs"), 1);
+    EXPECT_EQ(result.i, 0);
+    EXPECT_EQ(vtest::LastReport(), L"Error Saving Reference\r\n\r\nThe reference is not loaded; load it before saving it.");
+    ASSERT_EQ(fpi->Invoke(13, result), FPS_OK);
+    EXPECT_EQ(result.i, 0);
+    EXPECT_EQ(starts.Take(), Codes{});
+    ASSERT_EQ(fpi->Invoke(0, result), FPS_OK);
+    EXPECT_EQ(starts.Take(), (Codes{OperationStarts::kUnload, OperationStarts::kLoad}));
+    ASSERT_EQ(fpi->Invoke(7, result), FPS_OK);
+    EXPECT_EQ(result.i, 0);
+    ASSERT_EQ(fpi->Invoke(3, result), FPS_OK);
+    EXPECT_EQ(result.i, 1);
+    EXPECT_EQ(starts.Take(), Codes{OperationStarts::kUnload});
+    EXPECT_EQ(helper->NumRefs(), 2);  // no records and no layer entries either
+    ASSERT_EQ(fpi->Invoke(4, result), FPS_OK);
+    EXPECT_EQ(starts.Take(), (Codes{OperationStarts::kUnload, OperationStarts::kLoad}));
     helper->DeleteThis();
 }
 
@@ -399,12 +415,13 @@ TEST_F(Helper, OpeningReconcilesTheReloadSettings) {
         ASSERT_EQ(pb->GetInt(kPersistReloadType), c.reloadType);
         ASSERT_NE(ip->SaveToFile(file_.data()), 0);
         hostrt::Scene::Instance().ResetScene();
-        ClearLog();
+        OperationStarts starts;
         ASSERT_NE(ip->LoadFromFile(file_.data()), 0);
         ReferenceTarget* opened = HelperInScene();
         ASSERT_NE(opened, nullptr);
         EXPECT_EQ(BlockOf(opened)->GetInt(kPersistReloadType), c.opened);
-        EXPECT_EQ(Ran(L"Reload"), 0);
+        // A reference whose content was not saved with the scene is loaded, never reloaded.
+        EXPECT_EQ(starts.Unloads(), 0);
     }
 }
 

@@ -1,5 +1,6 @@
 // The global scripting interface `Vandrels`: its published table, the helper list and adding references,
-// driven as scripts drive it; and the naming and index rules it relies on.
+// driven as scripts drive it; and the naming and index rules it relies on. The bulk operations, the advanced
+// reset, the file dialog, the manager requests and the about box are in interface_operations_test.cpp.
 #include "vandrels_library.h"
 
 #include "ifnpub.h"
@@ -169,7 +170,7 @@ TEST_F(VandrelsInterfaceTest, AddVandrelNamesFreezesLayersAndWritesParameters) {
 TEST_F(VandrelsInterfaceTest, NamesComeFromTheFileAndIncrementAmongHelpersOnly) {
     AddBox(L"lamp");
     for (const wchar_t* file : {L"lamp.max", L"D:\\a\\tree.old.max", L"Box9.max", L"Box9.max", L"Box9.max",
-                                L"Box999.max", L"Box999.max", L"/x/noext", L"", L"C:\\folder\\"})
+                                L"Box999.max", L"Box999.max", L"/x/noext", L"C:\\folder\\", L"/folder/"})
         RunScript(std::wstring(L"Vandrels.AddVandrel @\"") + file + L"\" load:false");
     EXPECT_EQ(HelperNames(), L"lamp,tree,Box9,Box010,Box011,Box999,Box1000,noext,VandrelsHelper,VandrelsHelper001,");
 }

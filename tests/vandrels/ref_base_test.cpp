@@ -107,8 +107,11 @@ TEST_F(RefBaseTest, TheScriptingInterfacesAddressTheRecordList) {
     ASSERT_GT(count, 0);
 
     EXPECT_EQ(Call(record, L"RefBase", L"GetRefAnim", {FPValue(0)}).r, record->GetReference(1));
-    EXPECT_EQ(Call(record, L"RefBase", L"GetRefAnim", {FPValue(-1)}).type, TYPE_VOID);
-    EXPECT_EQ(Call(record, L"RefBase", L"GetRefAnim", {FPValue(count)}).type, TYPE_VOID);
+    for (int outside : {-1, count}) {  // an empty reference target: undefined in MAXScript
+        const FPValue answer = Call(record, L"RefBase", L"GetRefAnim", {FPValue(outside)});
+        EXPECT_EQ(answer.type, TYPE_REFTARG);
+        EXPECT_EQ(answer.r, nullptr);
+    }
 
     // "RefNode" counts from 1 and refuses an index past the list.
     EXPECT_EQ(Call(record, L"RefNode", L"GetRefAnim", {FPValue(count)}).r, record->GetReference(count));

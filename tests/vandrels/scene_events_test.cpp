@@ -79,7 +79,7 @@ protected:
                                         .string());
         Script(L"Vandrels.PrintTimes false");
         // A helper makes the library listen to the host's scene events.
-        Script(L"Vandrels.AddVandrel \"\" load:false");
+        Script(L"Vandrels.AddVandrel \"listener.max\" load:false");
     }
     void TearDown() override {
         std::filesystem::remove(reference_.ToUTF8());

@@ -16,7 +16,8 @@ namespace vandrels {
 // the deleted-nodes bit). The caller reloads afterwards. Answers 1.
 int ResetByMask(VandrelsHelper* helper, DWORD mask);
 
-// Duplicates the helpers with their records that carry overrides; each copy stands beside its original.
+// Duplicates the helpers together with their content: each copy stands beside its original with clones of its
+// nodes, its records with overrides (bound to the clones) and new records for the other cloned nodes.
 void DuplicateHelpers(const std::vector<VandrelsHelper*>& helpers);
 
 }  // namespace vandrels

@@ -2,7 +2,6 @@
 // dismisses its reference first (scene_events.cpp).
 #include "helper/helper_error_report.h"
 #include "helper/module_state.h"
-#include "helper/operation_log.h"
 #include "helper/reference_batch.h"
 #include "helper/vandrels_helper.h"
 #include "hold.h"
@@ -52,7 +51,6 @@ bool DeleteLayerTree(ILayerManager* lm, ILayer* layer) {
 
 int VandrelsHelper::Dismiss() {
     using namespace vandrels;
-    LogOperation(L"Dismiss");
     OperationModeScope mode(kModeDismissing);
     BatchScope batch;
     try {

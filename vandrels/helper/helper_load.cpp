@@ -4,6 +4,7 @@
 #include "helper/file_time.h"
 #include "helper/helper_error_report.h"
 #include "helper/helper_params.h"
+#include "helper/hold_scopes.h"
 #include "helper/layer_monitoring.h"
 #include "helper/load_work.h"
 #include "helper/merge_reference_file.h"
@@ -158,29 +159,9 @@ void DeleteNodes(const Tab<INode*>& nodes, bool keepChildTM) {
     if (table.Count()) GetCOREInterface()->DeleteNodes(table, keepChildTM, true);
 }
 
-// Resumes a suspended undo system for its lifetime and suspends it again as it was.
-class HoldResumed {
-public:
-    HoldResumed() {
-        while (theHold.IsSuspended()) {
-            theHold.Resume();
-            ++count_;
-        }
-    }
-    ~HoldResumed() {
-        for (int i = 0; i < count_; ++i) theHold.Suspend();
-    }
-    HoldResumed(const HoldResumed&) = delete;
-    HoldResumed& operator=(const HoldResumed&) = delete;
-
-private:
-    int count_ = 0;
-};
-
-// A failed load: the report, then the content leaves the scene: the records let go of the merged nodes as
-// those are deleted.
-void FailLoad(VandrelsHelper* helper, LoadWork& work, int step, const MAXException* cause,
-              BatchScope& batch) {
+// A failed load: the report, then the content leaves the scene as an unload takes it (the records keep their
+// overrides and local content its links); the merged nodes that no record took are deleted after it.
+void FailLoad(VandrelsHelper* helper, LoadWork& work, int step, const MAXException* cause, BatchScope& batch) {
     work.ListenForLayers(false);
     work.ListenForAddedNodes(false);
     work.mergedNodes.Compact();
@@ -190,13 +171,17 @@ void FailLoad(VandrelsHelper* helper, LoadWork& work, int step, const MAXExcepti
     ReportHelperError(helper, MSTR(L"Error Loading Reference") + count, step ? GetStringCopy(step).data() : nullptr,
                       cause);
     helper->loaded = 0;
+    helper->Unload();
     batch.Close();
     try {
-        Tab<INode*> all = work.mergedNodes.Nodes();
-        for (INode* node : work.toDelete.Nodes()) all.Append(node);
+        // The unload deleted the records' nodes (the lists heard of it) or kept them in light form for local items.
+        Tab<INode*> rest;
+        for (const NodeList* list : {&work.mergedNodes, &work.toDelete})
+            for (INode* node : list->Nodes())
+                if (node && !FindNodeRecord(node)) rest.Append(node);
         work.mergedNodes.Clear();
         work.toDelete.Clear();
-        DeleteNodes(all, false);
+        DeleteNodes(rest, false);
     } catch (...) {
         // The scene keeps what could not be deleted.
     }
@@ -262,7 +247,7 @@ int VandrelsHelper::Load() {
                 }
                 work.mergedNodes.Compact();
 
-                HoldResumed resumed;
+                HoldResumedScope resumed;
                 work.ListenForLayers(true);
                 work.CollectLayers();
                 step = IDS_STEP_LOAD_LAYERS_COLLECTED;

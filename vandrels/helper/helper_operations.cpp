@@ -1,34 +1,37 @@
-// The helper's reference operations that wait for the unloading pipeline: each logs its call
-// (operation_log.h), does nothing and answers the failure result 0. Loading (helper_load.cpp), making a
-// reference local (helper_merge.cpp), dismissing it (helper_dismiss.cpp) and showing the duplicated names are
-// in place.
-#include "helper/operation_log.h"
+// The helper's compound operations: reloading (unload, then load, in one batch), resetting (dismiss, then load)
+// and writing the reference back to its own file; and showing the duplicated names.
+#include "helper/helper_params.h"
+#include "helper/merge_reference_file.h"
+#include "helper/reference_batch.h"
 #include "helper/vandrels_helper.h"
+#include "maxapi.h"
 #include "ui/dup_names_dialog.h"
 
-int VandrelsHelper::Reload() {
-    vandrels::LogOperation(L"Reload");
-    return 0;  // placeholder: reload = unload + load inside a batch, not in place yet
+namespace {
+constexpr int kReloadPromptMilliseconds = 2000;
 }
 
-int VandrelsHelper::Unload() {
-    vandrels::LogOperation(L"Unload");
-    return 0;  // placeholder: the unloading pipeline is not in place yet
+int VandrelsHelper::Reload() {
+    vandrels::BatchScope batch;
+    Unload();
+    const int result = Load();
+    if (result == 1) GetCOREInterface()->DisplayTempPrompt(L"Reload Successful", kReloadPromptMilliseconds);
+    batch.Close();
+    return result;
 }
 
 int VandrelsHelper::Reset() {
-    vandrels::LogOperation(L"Reset");
-    return 0;  // placeholder: reset = dismiss + load
+    // One batch for both halves: the host is prepared once.
+    vandrels::BatchScope batch;
+    Dismiss();
+    const int result = Load();
+    batch.Close();
+    return result;
 }
 
 int VandrelsHelper::Overwrite() {
-    vandrels::LogOperation(L"Overwrite");
-    return 0;  // placeholder
-}
-
-int VandrelsHelper::SaveAs(const MCHAR*) {
-    vandrels::LogOperation(L"SaveAs");
-    return 0;  // placeholder
+    if (!pblock) return 0;
+    return SaveAs(vandrels::ReferenceFilePath(this, pblock->GetInt(vh_use_proxy_in_viewport) != 0).data());
 }
 
 void VandrelsHelper::ShowDupNames() { vandrels::ShowHelperDuplicatedNames(this); }

@@ -1,6 +1,7 @@
 #include "helper/module_notifications.h"
 
 #include "helper/module_state.h"
+#include "helper/render_switch.h"
 #include "helper/scene_events.h"
 #include "helper/scene_save.h"
 #include "notify.h"
@@ -22,10 +23,9 @@ void OnSceneAboutToChange(void*, NotifyInfo* info) {
 void OnPreSave(void*, NotifyInfo* info) { PreSave(info); }
 void OnPostSave(void*, NotifyInfo* info) { PostSave(info); }
 
-// 20, 21: the rendering flag. Switching the references whose proxy differs between viewport and render comes
-// with the reload operations.
-void OnPreRender(void*, NotifyInfo*) { SetRendering(true); }
-void OnPostRender(void*, NotifyInfo*) { SetRendering(false); }
+// 20, 21: the rendering flag, and the references whose content differs between viewport and render switch.
+void OnPreRender(void*, NotifyInfo*) { SwitchForRender(true); }
+void OnPostRender(void*, NotifyInfo*) { SwitchForRender(false); }
 
 // Scene events (node links, layers, renames, property changes, selection sets, deletions) go to the records.
 void OnSceneEventProc(void*, NotifyInfo* info) { OnSceneEvent(info); }

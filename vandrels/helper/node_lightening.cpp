@@ -34,6 +34,10 @@ bool ObjectMayBeReplaced(Object* baseObject) {
     return true;
 }
 
+bool NeedsStandInNode(INode* node) {
+    return node->GetReference(NODE_IMBLUR_REF) != nullptr || node->GetReference(NODE_OBJBLUR_REF) != nullptr;
+}
+
 RelinkEntry ParkNodeItems(RefHolder* holder, int first, INode* node, bool parkController) {
     RelinkEntry entry;
     entry.node = node;

@@ -26,6 +26,11 @@ public:
 // part is 0x1EB34300. Null may not.
 bool ObjectMayBeReplaced(Object* baseObject);
 
+// A node whose local dependents cannot keep pointing at it while it stands in light form: it holds a controller
+// that lightening leaves in place (the image or object motion-blur controller), which the reference file alone
+// provides. An auxiliary node takes over its dependents instead.
+bool NeedsStandInNode(INode* node);
+
 // Parks node's transform controller (only with parkController), object and reference 3 in holder references
 // first, first + 1 and first + 2 (the holder grows when needed) and answers what was parked.
 RelinkEntry ParkNodeItems(RefHolder* holder, int first, INode* node, bool parkController);

@@ -1,11 +1,15 @@
 #include "helper/reference_batch.h"
 
+#include "helper/batch_material_editor.h"
+#include "helper/batch_selection_sets.h"
 #include "helper/module_state.h"
+#include "helper/scene_events.h"
 #include "helper/vandrels_helper.h"
 #include "maxapi.h"
 #include "maxexception.h"
 #include "notify.h"
 #include "ui/error_report.h"
+#include "winshim.h"
 
 namespace vandrels {
 namespace {
@@ -14,6 +18,9 @@ struct BatchState {
     bool facilitySuspended = false;
     int batchCounter = 0;
 };
+
+constexpr const MCHAR* kParticleViewTitle = L"Particle View";
+constexpr int kParticleViewAttempts = 10;
 
 BatchState& Batch() {
     static BatchState state;
@@ -48,8 +55,14 @@ void PreProcess() {
             if (!VandrelsHelper::IsVandrelsHelper(dynamic_cast<Object*>(edited)))
                 ip->SetCommandPanelTaskMode(TASK_MODE_CREATE);
         }
-        // The material editor slots, the schematic material views and the named selection sets are kept
-        // across a batch by the unloading pipeline, which is what changes them.
+        HoldEditorMaterials();
+        RememberSelectionSets();
+        // The particle editor would show the flows of nodes that leave the scene.
+        for (int attempt = 0; attempt < kParticleViewAttempts; ++attempt) {
+            HWND window = FindWindowW(nullptr, kParticleViewTitle);
+            if (!window) break;
+            DestroyWindow(window);
+        }
         BroadcastNotification(kNotifyBatchOpened);
         ++batch.batchCounter;
     });
@@ -66,9 +79,12 @@ void PostProcess() {
             batch.facilitySuspended = false;
         }
         if (batch.savedTaskMode != TASK_MODE_CREATE) ip->SetCommandPanelTaskMode(batch.savedTaskMode);
+        RestoreEditorMaterials();
+        RebuildSelectionSets();
         ip->SetSaveRequiredFlag(TRUE);
     });
     // Closed also when a step above failed.
+    SetSelectionSetTracking(true);
     SetBatchOpen(false);
 }
 

@@ -45,14 +45,6 @@ void AfterHelperDeleted(void*, NotifyInfo*) {
     theHold.FlushUndoBuffer();
 }
 
-void RebuildSelectionSetCache() {
-    Tab<WStr*>& names = SelectionSets().names;
-    for (WStr* name : names) delete name;
-    names.ZeroCount();
-    Interface* ip = GetCOREInterface();
-    for (int i = 0; i < ip->GetNumNamedSelSets(); ++i) names.Append(new WStr(ip->GetNamedSelSetName(i)));
-}
-
 // A set was made, removed or renamed. When one is gone, every node record hears the index it had.
 void OnSelectionSetsChanged() {
     if (!SelectionSets().tracking) return;
@@ -186,6 +178,14 @@ void OnHelperRenamed(VandrelsHelper* helper, const MSTR& newName, const MSTR& ol
     for (RefMaterial* record : helper->refMaterials)
         if (record) record->ApplyNamePrefix(newName);
     ChangeLayerPrefix(helper, oldName, newName);
+}
+
+void RebuildSelectionSetCache() {
+    Tab<WStr*>& names = SelectionSets().names;
+    for (WStr* name : names) delete name;
+    names.ZeroCount();
+    Interface* ip = GetCOREInterface();
+    for (int i = 0; i < ip->GetNumNamedSelSets(); ++i) names.Append(new WStr(ip->GetNamedSelSetName(i)));
 }
 
 bool IsSelectionSetTracking() { return SelectionSets().tracking; }

@@ -31,5 +31,7 @@ bool IsSelectionSetTracking();
 void SetSelectionSetTracking(bool on);
 // The names of the scene's named selection sets as last seen, in the host's order.
 const Tab<WStr*>& CachedSelectionSetNames();
+// Takes the names of the scene's current sets into the cache.
+void RebuildSelectionSetCache();
 
 }  // namespace vandrels

@@ -7,6 +7,7 @@
 #include "helper/reference_batch.h"
 #include "helper/vandrels_helper.h"
 #include "notify.h"
+#include "records/ref_node.h"
 #include "winshim.h"
 
 namespace vandrels {
@@ -33,18 +34,30 @@ void ProcessHelper(VandrelsHelper* helper) {
         helper->Unload();
         return;
     }
+    bool reload = false;
     switch (helper->pblock->GetInt(vh_persist_reload_type)) {
     case 1:
-        if (ReadLastWriteTime(PersistedFile(helper)) != helper->fileTime) helper->Reload();
+        reload = ReadLastWriteTime(PersistedFile(helper)) != helper->fileTime;
         break;
     case 0: {
         const MSTR file = PersistedFile(helper);
-        if (!file.isNull() && PathFileExistsW(file.data())) helper->Reload();
+        reload = !file.isNull() && PathFileExistsW(file.data());
         break;
     }
     default:
         break;
     }
+    if (reload) {
+        helper->Reload();
+        return;
+    }
+    // The content saved with the scene is the reference's content in the scene: a later load must not merge it
+    // a second time, and an unload takes it out.
+    for (RefNode* record : helper->refNodes)
+        if (record && record->IsNodeLoaded() && record->GetNode()) {
+            helper->loaded = 1;
+            break;
+        }
 }
 
 void OnSceneOpenedStep(void*, NotifyInfo*) {

@@ -67,13 +67,6 @@ bool IsUnderSceneRoot(INode* node) {
 
 bool IsClass(Animatable* item, const Class_ID& id) { return item && item->ClassID() == id; }
 
-// A node whose local dependents cannot keep pointing at it while it is written in light form: it holds a
-// controller that lightening leaves in place (the image or object motion-blur controller), which the reference
-// file alone provides. An auxiliary node takes its place in the written scene instead.
-bool NeedsStandInNode(INode* node) {
-    return node->GetReference(NODE_IMBLUR_REF) != nullptr || node->GetReference(NODE_OBJBLUR_REF) != nullptr;
-}
-
 // A referenced node that leaves the written scene (its record sees no local dependents and its helper does not
 // keep the content).
 bool LeavesWrittenScene(INode* node) {

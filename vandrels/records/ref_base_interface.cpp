@@ -19,9 +19,9 @@ FPStatus RefBaseInterface::_dispatch_fn(FunctionID fid, TimeValue, FPValue& resu
     switch (fid) {
     case kNumRefAnims: result = FPValue(ScriptNumRefAnims()); return FPS_OK;
     case kGetRefAnim: {
-        // Outside the list the answer is undefined rather than an error.
-        ReferenceTarget* record = ScriptGetRefAnim(Args(params).params[0].i);
-        result = record ? FPValue(record) : FPValue();
+        // Outside the list the answer is undefined rather than an error: an empty reference target (an answer
+        // of no type would reach scripts as OK).
+        result = FPValue(ScriptGetRefAnim(Args(params).params[0].i));
         return FPS_OK;
     }
     default: return FPS_NO_SUCH_FUNCTION;

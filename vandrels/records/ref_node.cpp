@@ -516,6 +516,7 @@ void RefNode::BaseClone(ReferenceTarget* from, ReferenceTarget* to, RemapDir& re
     const std::uint32_t flags = src->overrideFlags_;
     dst->referenceName_ = src->referenceName_;
     dst->nodeLoaded_ = src->nodeLoaded_;
+    dst->nodeLoadedAtCollect_ = src->nodeLoadedAtCollect_;
     dst->overrideFlags_ = flags;
     dst->nodeKind_ = src->nodeKind_;
     if (flags & kNodeOverriddenName) dst->overriddenName_ = src->overriddenName_;

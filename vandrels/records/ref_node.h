@@ -82,6 +82,8 @@ public:
     const MSTR& GetName() const { return referenceName_; }
     // 1 once a load bound the record to a merged node (cleared by the collect pass before saving).
     int IsNodeLoaded() const { return nodeLoaded_; }
+    // Whether the node was present when the last collect began (what an unload or a duplicate works on).
+    int WasNodeLoadedAtCollect() const { return nodeLoadedAtCollect_; }
     void SetName(const MSTR& name) { referenceName_ = name; }
     std::uint32_t GetOverrideFlags() const { return overrideFlags_; }
     // The local children the record keeps (nodes without records of their own attached under its node).
@@ -118,6 +120,9 @@ public:
     std::int32_t GetNodeKind() const { return nodeKind_; }
     // The helper notes the named selection sets holding the node before a save (sets bit 0x800000).
     void AddSelectionSet(int setIndex);
+    // The node's set memberships need no restoring (it stayed in its sets): the list is emptied and bit 0x800000
+    // cleared (undoably).
+    void ForgetSelectionSets();
 
     // The user renamed the node (forwarded by the helper's scene events).
     void OnNodeRenamed(const MSTR& newName);

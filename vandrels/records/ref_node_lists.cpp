@@ -83,3 +83,8 @@ void RefNode::AddSelectionSet(int setIndex) {
     if (selectionSets_.IndexOf(setIndex) < 0) selectionSets_.Append(setIndex);
     SetOverrideFlags(kNodeSelectionSets, kNodeSelectionSets);
 }
+
+void RefNode::ForgetSelectionSets() {
+    selectionSets_.ZeroCount();
+    SetOverrideFlags(kNodeSelectionSets, 0);
+}

@@ -181,9 +181,16 @@
 #define IDS_OVR_EXCL_LIST_MISC 165
 
 // Dialog templates and their controls. Control ids are shared between dialogs: 1023 is the text list of the
-// duplicated-names warning and of the error report.
+// duplicated-names warning and of the error report, 3227 the message of the warning and the title lines of the
+// about box, 1008 the warning's check box and the about box's note.
+#define IDD_ABOUT 122
 #define IDD_DUPLICATED_NAMES 131
 #define IDD_REFERENCE_ERROR 132
 #define IDC_DONT_SHOW_AGAIN 1008
+#define IDC_ABOUT_NOTE 1008
+#define IDC_ABOUT_HOST 1009
+#define IDC_ABOUT_HOST_VERSION 1010
 #define IDC_TEXT_LIST 1023
+#define IDC_ABOUT_LINK 1029
+#define IDC_ABOUT_VERSION 1206
 #define IDC_DIALOG_MESSAGE 3227

@@ -1,12 +1,16 @@
 #include "script/reference_operations.h"
 
+#include "helper/helper_bulk_operations.h"
 #include "helper/helper_list.h"
 #include "helper/module_state.h"
+#include "helper/reference_batch.h"
+#include "helper/vandrels_helper.h"
 #include "maxapi.h"
-#include "maxscript/maxscript.h"
 #include "script/index_list.h"
+#include "script/reference_file_check.h"
 
 #include <unordered_set>
+#include <vector>
 
 namespace vandrels {
 namespace {
@@ -27,47 +31,65 @@ void RemoveHelperNodes(const std::vector<INode*>& nodes) {
     SetBulkRemoval(false);
 }
 
-}  // namespace
+// The named helper nodes by handle, in the order of the indices: an operation of the same call may delete a
+// helper node (a merge deletes its own), so each is looked up again before it is used.
+std::vector<ULONG> NamedHandles(const Tab<int>* indices) {
+    std::vector<ULONG> handles;
+    for (INode* node : ItemsAt(indices, GetHelperList())) handles.push_back(node->GetHandle());
+    return handles;
+}
 
-// Placeholder: the multi-selection file dialog, "LastFileDir" and one AddVandrel per chosen file come with the
-// library's dialogs.
-void AddVandrelDialog() {}
+VandrelsHelper* HelperByHandle(ULONG handle) {
+    INode* node = GetCOREInterface()->GetINodeByHandle(handle);
+    return node ? VandrelsHelper::FromObject(node->GetObjectRef()) : nullptr;
+}
+
+// The named helpers that can be loaded again; the others are reported on the listener and left alone.
+std::vector<ULONG> LoadableHandles(const Tab<int>* indices) {
+    std::vector<ULONG> loadable;
+    for (ULONG handle : NamedHandles(indices)) {
+        VandrelsHelper* helper = HelperByHandle(handle);
+        if (helper && !ReportReferenceFileProblem(helper, kLeftAsItWas)) loadable.push_back(handle);
+    }
+    return loadable;
+}
+
+// Runs operation on each helper inside one reference batch.
+template <class Operation> void InOneBatch(const std::vector<ULONG>& handles, Operation operation) {
+    if (handles.empty()) return;
+    BatchScope batch;
+    for (ULONG handle : handles)
+        if (VandrelsHelper* helper = HelperByHandle(handle)) operation(helper);
+}
+
+}  // namespace
 
 void RemoveAllVandrels() { RemoveHelperNodes(GetHelperList()); }
 
-// Placeholder: Reload on each helper of ValidIndices inside one reference batch comes with the batch.
-void ReloadVandrels(const Tab<int>*) {}
-
 void RemoveVandrels(const Tab<int>* indices) { RemoveHelperNodes(ItemsAt(indices, GetHelperList())); }
 
-// Placeholder: Reset on each named helper inside one reference batch comes with the batch.
-void ResetVandrels(const Tab<int>*) {}
-
-// Placeholder: the helpers' duplicate operation receives the indices once it exists.
-void DuplicateVandrels(const Tab<int>*) {}
-
-// Placeholder: Merge on each named helper comes with the helper's merge operation.
-void MergeVandrels(const Tab<int>*) {}
-
-// Placeholder: the mask (BuildResetMask), the mode choice and the resets and reloads come with the records'
-// override resets.
-void AdvancedReset(int, const BitArray*, const BitArray*, const Tab<int>*, const Tab<INode*>*) {}
-
-void OpenManager() {
-    // Errors are not suppressed: a failure reaches the user as a MAXScript error.
-    ExecuteMAXScriptScript(L"OpenVandrelsManager()", MAXScript::ScriptSource::Embedded, FALSE, nullptr, TRUE);
+void ReloadVandrels(const Tab<int>* indices) {
+    InOneBatch(LoadableHandles(indices), [](VandrelsHelper* helper) { helper->Reload(); });
 }
 
-// Placeholder: closing the manager window comes with the window.
-void CloseManager() {}
+void ResetVandrels(const Tab<int>* indices) {
+    InOneBatch(LoadableHandles(indices), [](VandrelsHelper* helper) { helper->Reset(); });
+}
 
-// Placeholder: the manager window answers whether it is visible once it exists; until then it is never open.
-bool IsManagerOpen() { return false; }
+void DuplicateVandrels(const Tab<int>* indices) {
+    std::vector<VandrelsHelper*> helpers;
+    for (ULONG handle : NamedHandles(indices))
+        if (VandrelsHelper* helper = HelperByHandle(handle)) helpers.push_back(helper);
+    if (helpers.empty()) return;
+    DuplicateHelpers(helpers);
+    RefreshManagerIfOpen();
+}
 
-// Placeholder: the manager window's refresh comes with the window.
-void RefreshManagerIfOpen() {}
-
-// Placeholder: the about box comes with the library's dialog resources.
-void ShowAbout() {}
+void MergeVandrels(const Tab<int>* indices) {
+    const std::vector<ULONG> handles = NamedHandles(indices);
+    for (ULONG handle : handles)
+        if (VandrelsHelper* helper = HelperByHandle(handle)) helper->Merge();
+    if (!handles.empty()) RefreshManagerIfOpen();
+}
 
 }  // namespace vandrels

@@ -2,8 +2,11 @@
 
 #include "helper/helper_list.h"
 #include "script/add_vandrel.h"
+#include "script/advanced_reset.h"
+#include "script/manager_requests.h"
 #include "script/reference_operations.h"
 #include "script/settings.h"
+#include "ui/about_dialog.h"
 
 namespace {
 

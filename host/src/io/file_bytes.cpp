@@ -52,6 +52,11 @@ std::vector<std::uint8_t> ReadFileBytes(const MSTR& path) {
 void WriteFileReplacing(const MSTR& path, const std::vector<std::uint8_t>& bytes) {
     static std::atomic<unsigned> counter{0};
     const std::string name = path.ToUTF8();
+    // A file that nobody may write is read-only, as the read-only attribute makes a file on the host's own
+    // platform: it is not replaced, whoever saves (the owner's and the system's rights alike).
+    struct stat st {};
+    if (::stat(name.c_str(), &st) == 0 && S_ISREG(st.st_mode) && !(st.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)))
+        throw SceneFileError(path, L"cannot write: the file is read-only");
     const std::string temp = name + ".saving-" + std::to_string(::getpid()) + "-" + std::to_string(counter++);
     auto fail = [&](int err) {
         ::unlink(temp.c_str());

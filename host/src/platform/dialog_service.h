@@ -78,7 +78,7 @@ struct DialogRecord {
 // One step of a dialog script: what a user does to a control.
 struct DialogAction {
     enum class Kind {
-        Press,    // click a button (an automatic check box or radio button changes its state first)
+        Press,    // click a button (an automatic check box or radio button changes its state first) or a link
         Check,    // click a check box unless it is already checked
         Uncheck,  // click a check box unless it is already clear
         SetText,  // type a text into an edit control (replacing its text)

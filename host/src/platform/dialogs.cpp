@@ -97,6 +97,11 @@ bool Apply(DialogWindow& dialog, const DialogAction& action, std::wstring& note)
     }
     switch (action.kind) {
         case DialogAction::Kind::Press:
+            if (Is(control->className, L"SysLink")) {  // a link tells its dialog through WM_NOTIFY
+                NMHDR header{HWND(control), UINT_PTR(control->id), NM_CLICK};
+                dialog.Send(WM_NOTIFY, WPARAM(control->id), LPARAM(&header));
+                return true;
+            }
             if (!control->IsButton()) {
                 AppendNote(note, what + L" is not a button");
                 return false;

@@ -3,6 +3,7 @@
 
 #include "maxapi.h"
 #include "platform/dialog_service.h"
+#include "platform/file_dialog_service.h"
 #include "platform/host_dirs.h"
 #include "platform/listener_capture.h"
 #include "platform/prompt_line.h"
@@ -39,6 +40,8 @@ void ResetPlatform() {
     Session::Instance().Reset();
     Listener::Instance().Reset();
     DialogService::Instance().Reset();
+    FileDialogService::Instance().Reset();
+    ShellRequests::Instance().Reset();
     WindowRegistry::Instance().Reset();
     PromptLine::Instance().Reset();
     UiState::Instance().Reset();
