@@ -19,6 +19,10 @@ void RegisterMathBuiltins();    // abs, amax, amin, random, seed, timeStamp...
 void RegisterFileBuiltins();    // INI settings, file names, getDir
 void RegisterFileOperationBuiltins();  // getFiles, deleteFile, renameFile, copyFile, getFileSize, makeDir...
 void RegisterAssertBuiltins();  // assert_true, assert_equal...
+void RegisterFileStreamBuiltins();   // openFile, createFile, readLine, eof, close, fileIn, getDirectories
+void RegisterEnvironmentBuiltins();  // message boxes, redraws, gc, heapSize, quitMax, clearListener, sysInfo
+void RegisterCallbackBuiltins();     // callbacks.addScript, callbacks.removeScripts
+void RegisterDiscoveryBuiltins();    // showInterface, showProperties, getPropNames, apropos, plug-in objects' names
 
 // The class value of v and the name of a class's superclass chain membership.
 Value ClassOf(const Value& v);

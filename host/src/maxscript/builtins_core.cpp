@@ -11,6 +11,7 @@
 #include "maxscript/interpreter.h"
 #include "maxscript/print.h"
 #include "maxscript/scene_values.h"
+#include "maxscript/streams.h"
 #include "platform/listener_capture.h"
 #include "ref.h"
 
@@ -53,7 +54,7 @@ Value ClassNamed(const std::wstring& name, const std::wstring& superclass) {
 }
 
 // A text stream in memory: `stringStream "text"`, written by `format ... to:` and `print ... to:`.
-class StringStreamObject : public ExtObject {
+class StringStreamObject : public TextStream {
 public:
     explicit StringStreamObject(std::wstring text) : text_(std::move(text)) {}
     std::wstring ClassName() const override { return L"StringStream"; }
@@ -63,7 +64,7 @@ public:
         if (EqualsNoCase(name, L"count")) return Value::Int(int(text_.size()));
         return std::nullopt;
     }
-    void Append(const std::wstring& text) { text_ += text; }
+    void Write(const std::wstring& text) override { text_ += text; }
 
 private:
     std::wstring text_;
@@ -71,14 +72,8 @@ private:
 
 // Writes to the `to:` stream when one is given, else to the listener.
 void WriteOut(const CallArgs& args, const std::wstring& text) {
-    const Value* to = args.Keyword(L"to");
-    if (!to || to->Is(Kind::Unsupplied) || to->Is(Kind::Undefined)) {
-        ListenerWrite(text);
-        return;
-    }
-    auto* stream = to->Is(Kind::Ext) ? dynamic_cast<StringStreamObject*>(to->ExtObj().get()) : nullptr;
-    if (!stream) throw ConversionError(*to, L"Stream");
-    stream->Append(text);
+    if (TextStream* stream = TargetStream(args)) stream->Write(text);
+    else ListenerWrite(text);
 }
 
 Value MakeStringStream(CallContext&, CallArgs& args) {
@@ -186,6 +181,14 @@ void RegisterValueClasses() {
 
 }  // namespace
 
+TextStream* TargetStream(const CallArgs& args) {
+    const Value* to = args.Keyword(L"to");
+    if (!to || to->Is(Kind::Unsupplied) || to->Is(Kind::Undefined)) return nullptr;
+    auto* stream = to->Is(Kind::Ext) ? dynamic_cast<TextStream*>(to->ExtObj().get()) : nullptr;
+    if (!stream) throw ConversionError(*to, L"Stream");
+    return stream;
+}
+
 std::optional<Value> FindDescriptorClass(const std::wstring& name) {
     for (const hostrt::ClassEntry& entry : hostrt::ClassDirectory::Instance().Entries()) {
         const MCHAR* className = entry.desc ? entry.desc->ClassName() : nullptr;
@@ -277,12 +280,16 @@ void RegisterBuiltins() {
     static std::once_flag once;
     std::call_once(once, [] {
         RegisterCoreBuiltins();
+        RegisterDiscoveryBuiltins();  // before the scene's handlers, which describe their objects first
         RegisterStringBuiltins();
         RegisterArrayBuiltins();
         RegisterMathBuiltins();
         RegisterFileBuiltins();
         RegisterFileOperationBuiltins();
         RegisterAssertBuiltins();
+        RegisterFileStreamBuiltins();
+        RegisterEnvironmentBuiltins();
+        RegisterCallbackBuiltins();
         RegisterSceneBuiltins();
     });
 }
