@@ -3,11 +3,12 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 namespace maxhost {
 
 struct Options {
-    std::string pluginDir;  // empty: the default plug-in folder
+    std::vector<std::string> pluginDirs;  // loaded in order; none: the default plug-in folder
     std::string iniFile;    // empty: MAXHOST_INI or the user's configuration folder
     bool quiet = false;
 };
@@ -23,6 +24,7 @@ int RunDemo(std::FILE* out);
 // MAXScript: run a script file or a text headless (the listener on standard output, an uncaught error on
 // standard error; 1 after an error or a failed assertion), or read and run lines from in as a listener.
 int RunScriptFile(const std::string& path);
+int RunScriptText(const std::wstring& text, const std::wstring& sourceName);
 int EvalText(const std::string& text);
 int RunListener(std::FILE* in);
 

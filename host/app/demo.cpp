@@ -1,122 +1,73 @@
-// `maxhost demo`: builds a small scene from two demonstration classes, shows messages and undo at work, saves
-// the scene, opens it again and prints what came back.
+// `maxhost demo`: the Vandrels plug-in at work on a small set, driven from MAXScript as a user would drive it:
+// a set saved as a reference file, referenced into a shot, edited there, the shot saved, reset and opened again
+// with the edits back on the freshly merged set.
 #include "commands.h"
-#include "demo_classes.h"
 
-#include "max.h"
-#include "scene/scene.h"
-#include "scene/scene_item_list.h"
-#include "scene/scene_parts.h"
-
-#include <filesystem>
+#include "core/plugin_manager.h"
+#include "maxscript/fp_bridge.h"
 
 namespace maxhost {
+
 namespace {
 
-using demo::Crate;
-using demo::Shelf;
+constexpr const wchar_t* kDemoScript = LR"MXS(
+fn showScene title = (
+    format "\n== %: % objects\n" title objects.count
+    for o in objects do (
+        parentName = if o.parent == undefined then "-" else o.parent.name
+        format "  %  (%)  parent:%  pos:%  wirecolor:%\n" o.name (classOf o) parentName o.pos o.wirecolor
+    )
+)
 
-void printShelf(Shelf* shelf) {
-    mprintf(L"shelf with %d crates\n", shelf->crates.Count());
-    for (int i = 0; i < shelf->crates.Count(); ++i) {
-        auto* crate = static_cast<Crate*>(shelf->crates[i]);
-        if (!crate) {
-            mprintf(L"  %d: (empty)\n", i + 1);
-            continue;
-        }
-        IParamBlock2* pb = crate->pblock;
-        mprintf(L"  %d: %s  width %.1f  height %.1f\n", i + 1, pb->GetStr(Crate::kLabel), pb->GetFloat(Crate::kWidth),
-                pb->GetFloat(Crate::kHeight));
-    }
-}
+demoFolder = (getDir #temp) + "/maxhost-demo"
+makeDir demoFolder
+setFile = demoFolder + "/set.max"
+shotFile = demoFolder + "/shot.max"
 
-// The demonstration keeps its shelf in a scene part of its own, saved and opened with the scene.
-constexpr auto kDemoItemsRole = static_cast<hostrt::ScenePartRole>(0xDE40);
-hostrt::ItemList* demoItems() {
-    static bool registered = false;
-    if (!registered) {
-        registered = true;
-        hostrt::RegisterScenePart({kDemoItemsRole, [] { return static_cast<ReferenceTarget*>(new hostrt::ItemList()); },
-                                   [](ReferenceTarget*, ReferenceTarget*) {}});
-    }
-    return static_cast<hostrt::ItemList*>(hostrt::ScenePartItem(kDemoItemsRole));
-}
+-- The set builder's file: a table carrying a lamp.
+resetMaxFile #noPrompt
+table = box name:"table" length:120 width:60 height:5 pos:[0,0,70] wirecolor:(color 200 150 0)
+lamp = sphere name:"lamp" radius:8 pos:[40,0,85] parent:table wirecolor:(color 90 90 90)
+if not (saveMaxFile setFile quiet:true) do throw "could not save the set"
+showScene "The set, saved as a reference file"
 
-Shelf* findShelf() {
-    hostrt::ItemList* root = demoItems();
-    for (int i = 0; i < root->Count(); ++i)
-        if (root->Get(i) && root->Get(i)->ClassID() == Shelf::kClassID) return static_cast<Shelf*>(root->Get(i));
-    return nullptr;
-}
+-- The shot references the set: one helper stands for the file, a record for each node it brought.
+resetMaxFile #noPrompt
+helper = Vandrels.AddVandrel setFile
+format "\nReferenced the set through helper \"%\": % node records, % reference(s) in the scene\n" \
+    helper.name (helper.NumRefNodes()) (Vandrels.NumVandrels())
+
+-- Local edits of referenced nodes are kept as overrides.
+$table.pos = [0,0,90]
+$lamp.wirecolor = color 255 220 0
+showScene "Edited in the shot"
+if not (saveMaxFile shotFile quiet:true) do throw "could not save the shot"
+format "\nSaved the shot as %\n" (filenameFromPath shotFile)
+
+-- The next day: the shot opens, the set is merged afresh and the edits go back on.
+resetMaxFile #noPrompt
+if not (loadMaxFile shotFile quiet:true) do throw "could not open the shot"
+showScene "The shot opened again"
+
+resetMaxFile #noPrompt
+deleteFile shotFile
+deleteFile setFile
+format "\nDemo done.\n"
+)MXS";
 
 }  // namespace
 
 int RunDemo(std::FILE* out) {
-    demo::RegisterDemoClasses();
-    auto& scene = hostrt::Scene::Instance();
-    scene.ResetScene();
-
-    mprintf(L"-- building a scene\n");
-    auto* shelf = static_cast<Shelf*>(CreateInstance(REF_TARGET_CLASS_ID, Shelf::kClassID));
-    demoItems()->Add(shelf);
-    const MCHAR* labels[] = {L"apples", L"pears", L"plums"};
-    for (int i = 0; i < 3; ++i) {
-        auto* crate = static_cast<Crate*>(CreateInstance(REF_TARGET_CLASS_ID, Crate::kClassID));
-        crate->pblock->SetValue(Crate::kLabel, 0, labels[i]);
-        crate->pblock->SetValue(Crate::kWidth, 0, 10.f + 5.f * float(i));
-        shelf->Add(crate);
-    }
-    shelf->Add(shelf->crates[0]);  // the same crate referenced twice: saved once
-    printShelf(shelf);
-
-    mprintf(L"-- a parameter change travels to the shelf, and undo takes it back\n");
-    shelf->verbose = true;
-    auto* pears = static_cast<Crate*>(shelf->crates[1]);
-    theHold.Begin();
-    pears->pblock->SetValue(Crate::kHeight, 0, 12.5f);
-    theHold.Accept(L"Raise Pears");
-    mprintf(L"  pears height %.1f; undo step \"%s\"\n", pears->pblock->GetFloat(Crate::kHeight),
-            theHold.UndoEntryName(0).data());
-    theHold.Undo();
-    mprintf(L"  after undo: %.1f\n", pears->pblock->GetFloat(Crate::kHeight));
-    theHold.Redo();
-    mprintf(L"  after redo: %.1f\n", pears->pblock->GetFloat(Crate::kHeight));
-    shelf->verbose = false;
-    theHold.FlushUndoBuffer();
-
-    const auto file = std::filesystem::temp_directory_path() / "maxhost-demo.max";
-    const MSTR path = MSTR::FromUTF8(file.string());
-    mprintf(L"-- saving, resetting and opening the scene again\n");
-    try {
-        scene.SaveScene(path);
-        scene.ResetScene();
-        mprintf(L"  after reset the scene holds %d items\n", demoItems()->Count());
-        scene.OpenScene(path);
-    } catch (const MAXException& e) {
-        mprintf(L"demo failed: %s\n", e.message.data());
+    if (!hostrt::mxs::FindCoreInterfaceValue(L"Vandrels")) {
+        std::fprintf(stderr, "maxhost demo: the Vandrels plug-in is not loaded; build it (target vandrels) or name "
+                             "its folder with --plugins\n");
+        for (const std::string& problem : hostrt::PluginManager::Instance().Problems())
+            std::fprintf(stderr, "  %s\n", problem.c_str());
         return 1;
     }
-    Shelf* back = findShelf();
-    if (!back) {
-        mprintf(L"demo failed: the shelf did not come back\n");
-        return 1;
-    }
-    printShelf(back);
-    mprintf(L"  crates 1 and 4 are %s\n", back->crates[0] == back->crates[3] ? L"still the same crate" : L"different crates");
-
-    mprintf(L"-- a damaged file is refused and the open scene stays as it was\n");
-    std::filesystem::resize_file(file, std::filesystem::file_size(file) / 2);
-    try {
-        scene.OpenScene(path);
-        mprintf(L"  the damaged file opened?!\n");
-        return 1;
-    } catch (const MAXException& e) {
-        mprintf(L"  %s\n", e.message.data());
-    }
-    mprintf(L"  the scene still holds its shelf: %s\n", findShelf() == back ? L"yes" : L"no");
-    std::filesystem::remove(file);
+    const int rc = RunScriptText(kDemoScript, L"maxhost demo");
     std::fflush(out);
-    return 0;
+    return rc;
 }
 
 }  // namespace maxhost

@@ -14,7 +14,8 @@ void StartHost(const Options& opts) {
     hostrt::Listener::Instance().SetEcho(true);
     hostrt::RegisterBuiltinClasses();
     auto& pm = hostrt::PluginManager::Instance();
-    pm.LoadFolder(opts.pluginDir.empty() ? hostrt::DefaultPluginFolder() : std::filesystem::path(opts.pluginDir));
+    if (opts.pluginDirs.empty()) pm.LoadFolder(hostrt::DefaultPluginFolder());
+    for (const std::string& dir : opts.pluginDirs) pm.LoadFolder(dir);
     pm.Startup();
 }
 

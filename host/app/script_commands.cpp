@@ -4,11 +4,13 @@
 #include "maxscript/interpreter.h"
 #include "maxscript/parser.h"
 #include "maxscript/print.h"
+#include "maxscript/quit.h"
 #include "platform/listener_capture.h"
+#include "platform/session.h"
+#include "platform/text_files.h"
 #include "strclass.h"
 
-#include <fstream>
-#include <iterator>
+#include <optional>
 #include <unistd.h>
 
 namespace maxhost {
@@ -21,25 +23,6 @@ void Put(std::FILE* f, const std::wstring& text) {
     const std::string utf8 = MaxSDK::ToUTF8(text);
     std::fwrite(utf8.data(), 1, utf8.size(), f);
     std::fflush(f);
-}
-
-// A script file's text: UTF-8 (with or without its byte-order mark) or UTF-16LE with its mark.
-bool ReadScript(const std::string& path, std::wstring& text, std::string& problem) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        problem = "cannot open " + path;
-        return false;
-    }
-    const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    if (bytes.size() >= 2 && (unsigned char)bytes[0] == 0xFF && (unsigned char)bytes[1] == 0xFE) {
-        text.clear();
-        for (std::size_t i = 2; i + 1 < bytes.size(); i += 2)
-            text += wchar_t((unsigned char)bytes[i] | ((unsigned char)bytes[i + 1] << 8));
-        return true;
-    }
-    const bool bom = bytes.size() >= 3 && bytes.compare(0, 3, "\xEF\xBB\xBF") == 0;
-    text = MaxSDK::FromUTF8(std::string_view(bytes).substr(bom ? 3 : 0));
-    return true;
 }
 
 // Runs a script text headless: the listener echoes to standard output, an error goes to standard error.
@@ -56,6 +39,8 @@ int RunText(const std::wstring& text, const std::wstring& sourceName, bool print
         listener.Flush();
         Put(stderr, e.Report());
         rc = 1;
+    } catch (const mxs::QuitSignal& quit) {
+        rc = quit.exitCode;  // quitMax: the script ends here, the application after it
     }
     listener.Flush();
     if (interp.AssertionsFailed() > 0) {
@@ -70,14 +55,15 @@ int RunText(const std::wstring& text, const std::wstring& sourceName, bool print
 }  // namespace
 
 int RunScriptFile(const std::string& path) {
-    std::wstring text;
-    std::string problem;
-    if (!ReadScript(path, text, problem)) {
-        std::fprintf(stderr, "maxhost: %s\n", problem.c_str());
+    const std::optional<std::wstring> text = hostrt::ReadTextFile(path);
+    if (!text) {
+        std::fprintf(stderr, "maxhost: cannot open %s\n", path.c_str());
         return 1;
     }
-    return RunText(text, MaxSDK::FromUTF8(path), false);
+    return RunText(*text, MaxSDK::FromUTF8(path), false);
 }
+
+int RunScriptText(const std::wstring& text, const std::wstring& sourceName) { return RunText(text, sourceName, false); }
 
 int EvalText(const std::string& text) { return RunText(MaxSDK::FromUTF8(text), L"", true); }
 
@@ -106,9 +92,11 @@ int RunListener(std::FILE* in) {
             listener.Write(mxs::PrintForm(result) + L"\n");
         } catch (const mxs::ScriptError& e) {
             listener.Write(e.Report());
+        } catch (const mxs::QuitSignal&) {
         }
         listener.Flush();
         pending.clear();
+        if (hostrt::Session::Instance().QuitRequested()) return hostrt::Session::Instance().QuitExitCode();
     }
     if (!pending.empty()) {
         // Input ended inside an expression: run it to report what is missing.

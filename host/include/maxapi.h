@@ -45,6 +45,7 @@ class ILayerManager;
 #define TASK_MODE_MODIFY 2
 
 // Host folders answered by Interface::GetDir. Every folder ends with a separator.
+#define APP_SCENE_DIR 1     // the project's scene folder, made on first request
 #define APP_MAXROOT_DIR 20  // the installation root: the folder holding the host's bin folder
 #define APP_TEMP_DIR 29     // the host's temporary folder, made on first request
 
@@ -107,6 +108,10 @@ public:
     void RedrawViews(TimeValue t, DWORD vpFlags = REDRAW_NORMAL, ReferenceTarget* change = nullptr);
     void RegisterRedrawViewsCallback(RedrawViewsCallback* cb);
     void UnRegisterRedrawViewsCallback(RedrawViewsCallback* cb);
+    // Scene redraws off and on again (nesting: as many enables as disables); while off, RedrawViews does nothing.
+    void DisableSceneRedraw();
+    void EnableSceneRedraw();
+    int IsSceneRedrawDisabled();
 
     // ---- Scene: nodes. Creation broadcasts 64 and 67; deletion 68 before and 69 after each node.
     INode* GetRootNode();

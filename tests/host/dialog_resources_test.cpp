@@ -89,7 +89,7 @@ protected:
         return runs.empty() ? hostrt::DialogRecord{} : runs.back();
     }
 
-    void* lib_ = dlopen((std::string(MAXHOST_PLUGIN_DIR) + "/HostSample.dlo").c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* lib_ = dlopen((std::string(MAXHOST_TEST_PLUGIN_DIR) + "/HostSample.dlo").c_str(), RTLD_NOW | RTLD_LOCAL);
 };
 
 }  // namespace

@@ -43,7 +43,7 @@ protected:
     // Runs maxhost with the arguments (already quoted) and standard input from a file.
     Outcome Maxhost(const std::string& args, const std::string& input = "") {
         const fs::path in = Write("stdin.txt", input);
-        const std::string cmd = std::string(MAXHOST_BIN_DIR) + "/maxhost --plugins " + MAXHOST_PLUGIN_DIR +
+        const std::string cmd = std::string(MAXHOST_BIN_DIR) + "/maxhost --plugins " + MAXHOST_TEST_PLUGIN_DIR +
                                 " --ini " + (dir_ / "host.ini").string() + " " + args + " < " + in.string() + " > " +
                                 (dir_ / "out.txt").string() + " 2> " + (dir_ / "err.txt").string();
         Outcome o;

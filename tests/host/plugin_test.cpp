@@ -24,7 +24,7 @@ fs::path scratchDir(const char* name) {
 TEST(PluginLoading, LoadsTheSampleLibraryAndBroadcastsStartup) {
     auto& pm = hostrt::PluginManager::Instance();
     fs::path dir = scratchDir("plugins");
-    fs::copy_file(fs::path(MAXHOST_PLUGIN_DIR) / "HostSample.dlo", dir / "HostSample.dlo");
+    fs::copy_file(fs::path(MAXHOST_TEST_PLUGIN_DIR) / "HostSample.dlo", dir / "HostSample.dlo");
     std::ofstream(dir / "Broken.dlo") << "not a library";
     std::ofstream(dir / "notes.txt") << "ignored";
 
@@ -67,7 +67,7 @@ TEST(PluginLoading, LoadsTheSampleLibraryAndBroadcastsStartup) {
 }
 
 TEST(PluginLoading, PluginManagerCommandListsTheSampleLibrary) {
-    const std::string cmd = std::string(MAXHOST_BIN_DIR) + "/maxhost --plugins " + MAXHOST_PLUGIN_DIR + " plugins";
+    const std::string cmd = std::string(MAXHOST_BIN_DIR) + "/maxhost plugins --plugins=" + MAXHOST_TEST_PLUGIN_DIR;
     FILE* p = popen(cmd.c_str(), "r");
     ASSERT_NE(p, nullptr);
     std::string out;

@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 namespace {
 
 struct SampleLibrary {
-    void* handle = dlopen((std::string(MAXHOST_PLUGIN_DIR) + "/HostSample.dlo").c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* handle = dlopen((std::string(MAXHOST_TEST_PLUGIN_DIR) + "/HostSample.dlo").c_str(), RTLD_NOW | RTLD_LOCAL);
     ~SampleLibrary() {
         if (handle) dlclose(handle);
     }

@@ -3,6 +3,7 @@
 #include "assetmanagement.h"
 #include "maxapi.h"
 #include "ref.h"
+#include "platform/paths.h"
 #include "winshim.h"
 
 #include <filesystem>
@@ -50,20 +51,19 @@ AssetUser IAssetManager::GetAsset(AssetId id) const {
 bool AssetUser::GetFullFilePath(MSTR& path) const {
     if (IsEmpty()) return false;
     namespace fs = std::filesystem;
-    std::wstring name = fileName_.data();
-    for (wchar_t& c : name)
-        if (c == L'\\') c = L'/';
-    fs::path file(name);
+    // File names go through the host's own UTF-8 conversion: the standard library's wide conversion depends
+    // on the C locale and refuses any letter outside ASCII.
+    fs::path file = hostrt::ToNativePath(fileName_.data());
     if (file.is_relative()) {
         const std::wstring scene = GetCOREInterface()->GetCurFilePath().data();
         std::error_code ec;
-        fs::path inSceneFolder = scene.empty() ? fs::path() : fs::path(scene).parent_path() / file;
+        fs::path inSceneFolder = scene.empty() ? fs::path() : hostrt::ToNativePath(scene).parent_path() / file;
         if (!inSceneFolder.empty() && fs::exists(inSceneFolder, ec))
             file = inSceneFolder;
         else
             file = fs::absolute(file, ec);
     }
-    path = MSTR(file.lexically_normal().wstring());
+    path = MSTR(hostrt::FromNativePath(file.lexically_normal()));
     return true;
 }
 

@@ -2,6 +2,8 @@
 // walks, reference transfer, deletion and auto-deletion.
 #include "ref.h"
 
+#include "core/class_directory.h"
+
 #include "hold.h"
 #include "ref_internal.h"
 
@@ -172,7 +174,12 @@ Animatable::~Animatable() {
     liveAnims().erase(handle_);
 }
 
-void Animatable::GetClassName(MSTR& s, bool) const { s = MSTR(); }
+// A class that does not name itself is named by its descriptor in the class directory ("" when it has none).
+void Animatable::GetClassName(MSTR& s, bool) const {
+    auto* self = const_cast<Animatable*>(this);
+    const ClassDesc* desc = hostrt::ClassDirectory::Instance().Find(self->SuperClassID(), self->ClassID());
+    s = desc ? MSTR(const_cast<ClassDesc*>(desc)->ClassName()) : MSTR();
+}
 
 AnimHandle Animatable::GetHandleByAnim(const Animatable* anim) { return anim ? anim->handle_ : 0; }
 

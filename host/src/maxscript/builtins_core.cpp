@@ -12,6 +12,7 @@
 #include "maxscript/interpreter.h"
 #include "maxscript/print.h"
 #include "maxscript/scene_values.h"
+#include "maxscript/streams.h"
 #include "platform/listener_capture.h"
 #include "ref.h"
 
@@ -54,7 +55,7 @@ Value ClassNamed(const std::wstring& name, const std::wstring& superclass) {
 }
 
 // A text stream in memory: `stringStream "text"`, written by `format ... to:` and `print ... to:`.
-class StringStreamObject : public ExtObject {
+class StringStreamObject : public TextStream {
 public:
     explicit StringStreamObject(std::wstring text) : text_(std::move(text)) {}
     std::wstring ClassName() const override { return L"StringStream"; }
@@ -64,7 +65,7 @@ public:
         if (EqualsNoCase(name, L"count")) return Value::Int(int(text_.size()));
         return std::nullopt;
     }
-    void Append(const std::wstring& text) { text_ += text; }
+    void Write(const std::wstring& text) override { text_ += text; }
 
 private:
     std::wstring text_;
@@ -72,14 +73,8 @@ private:
 
 // Writes to the `to:` stream when one is given, else to the listener.
 void WriteOut(const CallArgs& args, const std::wstring& text) {
-    const Value* to = args.Keyword(L"to");
-    if (!to || to->Is(Kind::Unsupplied) || to->Is(Kind::Undefined)) {
-        ListenerWrite(text);
-        return;
-    }
-    auto* stream = to->Is(Kind::Ext) ? dynamic_cast<StringStreamObject*>(to->ExtObj().get()) : nullptr;
-    if (!stream) throw ConversionError(*to, L"Stream");
-    stream->Append(text);
+    if (TextStream* stream = TargetStream(args)) stream->Write(text);
+    else ListenerWrite(text);
 }
 
 Value MakeStringStream(CallContext&, CallArgs& args) {
@@ -190,6 +185,14 @@ void RegisterValueClasses() {
 
 }  // namespace
 
+TextStream* TargetStream(const CallArgs& args) {
+    const Value* to = args.Keyword(L"to");
+    if (!to || to->Is(Kind::Unsupplied) || to->Is(Kind::Undefined)) return nullptr;
+    auto* stream = to->Is(Kind::Ext) ? dynamic_cast<TextStream*>(to->ExtObj().get()) : nullptr;
+    if (!stream) throw ConversionError(*to, L"Stream");
+    return stream;
+}
+
 std::optional<Value> FindDescriptorClass(const std::wstring& name) {
     for (const hostrt::ClassEntry& entry : hostrt::ClassDirectory::Instance().Entries()) {
         const MCHAR* className = entry.desc ? entry.desc->ClassName() : nullptr;
@@ -281,6 +284,7 @@ void RegisterBuiltins() {
     static std::once_flag once;
     std::call_once(once, [] {
         RegisterCoreBuiltins();
+        RegisterDiscoveryBuiltins();  // before the scene's handlers, which describe their objects first
         RegisterStringBuiltins();
         RegisterArrayBuiltins();
         RegisterMathBuiltins();
@@ -290,6 +294,9 @@ void RegisterBuiltins() {
         RegisterVectorBuiltins();
         RegisterDictionaryBuiltins();
         RegisterBitBuiltins();
+        RegisterFileStreamBuiltins();
+        RegisterEnvironmentBuiltins();
+        RegisterCallbackBuiltins();
         RegisterSceneBuiltins();
         RegisterNameBuiltins();
         RegisterDefinitionBuiltins();

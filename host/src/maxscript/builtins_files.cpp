@@ -1,15 +1,18 @@
 // File built-ins: INI settings (getINISetting, setINISetting, delIniSetting, hasINISetting, getMAXIniFile),
-// file names (getFilenameFile, getFilenamePath, getFilenameType), doesFileExist and getDir.
+// file names (getFilenameFile, getFilenamePath, getFilenameType, filenameFromPath, and the `pathConfig` path
+// functions), doesFileExist and getDir.
 #include "maxscript/builtins.h"
 
 #include "maxapi.h"
 #include "maxscript/convert.h"
 #include "maxscript/errors.h"
+#include "maxscript/namespace_object.h"
 #include "maxscript/print.h"
 #include "platform/host_dirs.h"
 #include "platform/ini_file.h"
 #include "platform/paths.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -86,6 +89,7 @@ Value GetDir(CallContext&, CallArgs& args) {
     int id = 0;
     if (key == L"temp") id = APP_TEMP_DIR;
     else if (key == L"maxroot") id = APP_MAXROOT_DIR;
+    else if (key == L"scene") id = APP_SCENE_DIR;
     else throw RuntimeError(L"getDir: unknown folder " + PrintForm(which));
     std::wstring dir = GetCOREInterface()->GetDir(id);
     // Script paths name the folder itself, without the separator at the end.
@@ -101,9 +105,52 @@ void PathFunction(const wchar_t* name, std::wstring (*part)(std::wstring_view)) 
     });
 }
 
+std::wstring WithoutTrailingSeparators(std::wstring path) {
+    while (path.size() > 1 && hostrt::IsPathSeparator(path.back())) path.pop_back();
+    return path;
+}
+
+// pathConfig: paths joined and taken apart as texts, '/' and '\\' both separators; nothing touches the disk.
+void RegisterPathConfig() {
+    auto paths = std::make_shared<NamespaceObject>(L"pathConfig");
+    // appendPath "a/b" "c.max" -> "a/b/c.max": one separator between the parts.
+    paths->Function(L"appendPath", [](CallContext&, CallArgs& args) {
+        CheckArgCount(L"pathConfig.appendPath", args, 2);
+        const std::wstring head = Arg(args, 0);
+        std::wstring tail = Arg(args, 1);
+        tail.erase(0, std::min(tail.size(), tail.find_first_not_of(L"/\\")));
+        if (head.empty()) return Value::String(tail);
+        return Value::String(hostrt::WithTrailingSeparator(head) + tail);
+    });
+    // removePathLeaf "a/b/c.max" -> "a/b"; "c.max" -> "".
+    paths->Function(L"removePathLeaf", [](CallContext&, CallArgs& args) {
+        CheckArgCount(L"pathConfig.removePathLeaf", args, 1);
+        const std::wstring folder = hostrt::PathDirectory(WithoutTrailingSeparators(Arg(args, 0)));
+        return Value::String(folder.empty() ? folder : WithoutTrailingSeparators(folder));
+    });
+    // stripPathToLeaf "a/b/c.max" -> "c.max".
+    paths->Function(L"stripPathToLeaf", [](CallContext&, CallArgs& args) {
+        CheckArgCount(L"pathConfig.stripPathToLeaf", args, 1);
+        return Value::String(hostrt::PathFileName(WithoutTrailingSeparators(Arg(args, 0))));
+    });
+    paths->Function(L"isAbsolutePath", [](CallContext&, CallArgs& args) {
+        CheckArgCount(L"pathConfig.isAbsolutePath", args, 1);
+        const std::wstring path = Arg(args, 0);
+        const bool drive = path.size() >= 3 && path[1] == L':' && hostrt::IsPathSeparator(path[2]);
+        return Value::Bool((!path.empty() && hostrt::IsPathSeparator(path[0])) || drive);
+    });
+    // normalizePath "a\\b/../c" -> "a/c".
+    paths->Function(L"normalizePath", [](CallContext&, CallArgs& args) {
+        CheckArgCount(L"pathConfig.normalizePath", args, 1);
+        return Value::String(hostrt::FromNativePath(hostrt::ToNativePath(Arg(args, 0)).lexically_normal()));
+    });
+    RegisterNamespace(paths);
+}
+
 }  // namespace
 
 void RegisterFileBuiltins() {
+    RegisterPathConfig();
     RegisterGlobalFunction(L"getINISetting", GetIniSetting);
     RegisterGlobalFunction(L"setINISetting", SetIniSetting);
     RegisterGlobalFunction(L"delIniSetting", DelIniSetting);
@@ -120,6 +167,7 @@ void RegisterFileBuiltins() {
     PathFunction(L"getFilenameFile", hostrt::PathStem);
     PathFunction(L"getFilenamePath", hostrt::PathDirectory);
     PathFunction(L"getFilenameType", hostrt::PathExtension);
+    PathFunction(L"filenameFromPath", hostrt::PathFileName);
     RegisterGlobalFunction(L"getDir", GetDir);
 }
 

@@ -14,6 +14,7 @@ namespace {
 struct Registry {
     std::unordered_map<std::wstring, std::shared_ptr<FunctionData>> functions;
     std::unordered_map<std::wstring, SystemVariable> variables;
+    std::unordered_map<std::wstring, std::wstring> variableNames;  // folded name -> name as registered
     std::unordered_map<std::wstring, std::shared_ptr<ClassData>> classes;
     std::vector<std::pair<int, std::unique_ptr<HostObjectHandler>>> handlers;
     int nextHandlerKey = 1;
@@ -65,9 +66,30 @@ void CheckArgCount(const std::wstring& name, const CallArgs& args, int least, in
 
 void RegisterSystemVariable(const std::wstring& name, SystemVariable variable) {
     Reg().variables[FoldCase(name)] = std::move(variable);
+    Reg().variableNames[FoldCase(name)] = name;
 }
 
-void UnregisterSystemVariable(const std::wstring& name) { Reg().variables.erase(FoldCase(name)); }
+void UnregisterSystemVariable(const std::wstring& name) {
+    Reg().variables.erase(FoldCase(name));
+    Reg().variableNames.erase(FoldCase(name));
+}
+
+std::vector<std::wstring> RegisteredNames(RegisteredKind kind) {
+    std::vector<std::wstring> names;
+    const Registry& r = Reg();
+    switch (kind) {
+    case RegisteredKind::Function:
+        for (const auto& [key, fn] : r.functions) names.push_back(fn->name);
+        break;
+    case RegisteredKind::SystemVariable:
+        for (const auto& [key, name] : r.variableNames) names.push_back(name);
+        break;
+    case RegisteredKind::Class:
+        for (const auto& [key, cls] : r.classes) names.push_back(cls->name);
+        break;
+    }
+    return names;
+}
 
 const SystemVariable* FindSystemVariable(const std::wstring& name) {
     auto& vars = Reg().variables;

@@ -43,6 +43,10 @@ Value RegisterClass(const std::wstring& name, const std::wstring& superclass, Na
 // The class of that name; nullopt when none.
 std::optional<Value> FindClass(const std::wstring& name);
 
+// ---- The names registered so far, of one kind, in no particular order (apropos lists them).
+enum class RegisteredKind { Function, SystemVariable, Class };
+std::vector<std::wstring> RegisteredNames(RegisteredKind kind);
+
 // ---- Host objects: values wrapping an Animatable. Handlers are asked newest first; the first one whose
 // accepts answers true (or that has no accepts) and whose hook answers (not nullopt / true) wins. After
 // the handlers, the function-publishing interfaces of the object (and of its interface hosts) are tried.

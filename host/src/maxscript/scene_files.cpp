@@ -11,6 +11,7 @@
 #include "maxscript/interpreter.h"
 #include "maxscript/print.h"
 #include "platform/listener_capture.h"
+#include "platform/paths.h"
 #include "scene/merge.h"
 #include "scene/scene.h"
 
@@ -24,7 +25,7 @@ namespace {
 std::wstring ScenePath(const Value& v) {
     std::wstring path = ToText(v);
     if (path.empty()) throw RuntimeError(L"Empty scene file name");
-    if (std::filesystem::path(path).extension().empty()) path += L".max";
+    if (hostrt::PathExtension(path).empty()) path += L".max";
     return path;
 }
 
@@ -44,8 +45,7 @@ bool Attempt(const std::wstring& what, const std::function<bool()>& op) {
         ListenerWrite(L"-- " + what + L" failed: " + std::wstring(e.message.data()) + L"\n");
         return false;
     } catch (const std::exception& e) {
-        const std::string msg = e.what();
-        ListenerWrite(L"-- " + what + L" failed: " + std::wstring(msg.begin(), msg.end()) + L"\n");
+        ListenerWrite(L"-- " + what + L" failed: " + MaxSDK::FromUTF8(e.what()) + L"\n");
         return false;
     }
 }
@@ -65,7 +65,8 @@ Value LoadMaxFile(CallContext&, CallArgs& args) {
     CheckArgCount(L"loadMaxFile", args, 1);
     const std::wstring path = ScenePath(args.positional[0]);
     return Value::Bool(Attempt(L"loadMaxFile \"" + path + L"\"", [&] {
-        if (!std::filesystem::exists(path)) throw std::runtime_error("no such file");
+        std::error_code ec;
+        if (!std::filesystem::exists(hostrt::ToNativePath(path), ec)) throw std::runtime_error("no such file");
         Scene::Instance().OpenScene(MSTR(path.c_str()));
         return true;
     }));
@@ -128,9 +129,49 @@ Value SaveNodes(CallContext& ctx, CallArgs& args) {
     }));
 }
 
+// holdMaxFile / fetchMaxFile: the scene kept in the host's hold file and brought back, with the file name it
+// had when it was held (the scene's own file is neither read nor written).
+struct HeldScene {
+    bool held = false;
+    MSTR filePath;
+};
+HeldScene& Held() {
+    static HeldScene held;
+    return held;
+}
+
+std::wstring HoldFilePath() { return std::wstring(GetCOREInterface()->GetDir(APP_TEMP_DIR)) + L"maxhold.mx"; }
+
+Value HoldMaxFile(CallContext&, CallArgs& args) {
+    CheckArgCount(L"holdMaxFile", args, 0);
+    const MSTR filePath = Scene::Instance().CurFilePath();
+    const bool ok = Attempt(L"holdMaxFile", [&] {
+        Scene::Instance().SaveScene(MSTR(HoldFilePath().c_str()), false);
+        return true;
+    });
+    if (ok) Held() = HeldScene{true, filePath};
+    return Value::Bool(ok);
+}
+
+Value FetchMaxFile(CallContext&, CallArgs& args) {
+    CheckArgCount(L"fetchMaxFile", args, 0);
+    if (!Held().held) {
+        ListenerWrite(L"-- fetchMaxFile failed: no scene is held\n");
+        return Value::Bool(false);
+    }
+    const bool ok = Attempt(L"fetchMaxFile", [&] {
+        Scene::Instance().OpenScene(MSTR(HoldFilePath().c_str()));
+        Scene::Instance().SetCurFilePath(Held().filePath);
+        return true;
+    });
+    return Value::Bool(ok);
+}
+
 }  // namespace
 
 void RegisterSceneFileFunctions() {
+    RegisterGlobalFunction(L"holdMaxFile", HoldMaxFile);
+    RegisterGlobalFunction(L"fetchMaxFile", FetchMaxFile);
     RegisterGlobalFunction(L"saveMaxFile", SaveMaxFile);
     RegisterGlobalFunction(L"loadMaxFile", LoadMaxFile);
     RegisterGlobalFunction(L"mergeMaxFile", MergeMaxFile);
@@ -160,17 +201,15 @@ void RegisterSceneFileFunctions() {
         GetCOREInterface()->RenderScene();
         return Value::Ok();
     });
+    // The current file's folder (with its separator at the end) and its name; both "" for an untitled scene.
     RegisterSystemVariable(L"maxFilePath", {[] {
-                                                const std::filesystem::path p(Scene::Instance().CurFilePath().data());
-                                                if (p.empty()) return Value::String(L"");
-                                                std::wstring dir = p.parent_path().wstring();
-                                                if (!dir.empty() && dir.back() != L'/') dir += L'/';
-                                                return Value::String(dir);
+                                                const std::wstring file = Scene::Instance().CurFilePath().data();
+                                                return Value::String(hostrt::PathDirectory(file));
                                             },
                                             nullptr});
     RegisterSystemVariable(L"maxFileName", {[] {
-                                                const std::filesystem::path p(Scene::Instance().CurFilePath().data());
-                                                return Value::String(p.filename().wstring());
+                                                const std::wstring file = Scene::Instance().CurFilePath().data();
+                                                return Value::String(hostrt::PathFileName(file));
                                             },
                                             nullptr});
 }

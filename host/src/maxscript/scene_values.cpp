@@ -31,6 +31,7 @@ void RegisterSceneBuiltins() {
         RegisterSceneFileFunctions();
         RegisterSceneAnimationFunctions();
         RegisterSceneActionFunctions();
+        RegisterSceneHandleFunctions();
     });
 }
 

@@ -26,6 +26,7 @@ void RegisterSceneSetFunctions();        // named selection sets
 void RegisterSceneFileFunctions();       // save, load, reset, merge, saveNodes, render
 void RegisterSceneAnimationFunctions();  // controllers, keys, quat and eulerAngles values
 void RegisterSceneActionFunctions();     // actionMan
+void RegisterSceneHandleFunctions();     // getHandleByAnim, getAnimByHandle, maxOps.getNodeByHandle
 
 // ---- Nodes.
 // The node a value holds; null for anything else (a deleted node throws the usual runtime error).

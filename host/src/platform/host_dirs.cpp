@@ -62,6 +62,21 @@ std::filesystem::path HostTempFolder() {
     return folder;
 }
 
+std::filesystem::path ProjectFolder() {
+    if (auto project = env("MAXHOST_PROJECT")) return std::filesystem::path(*project);
+    if (auto data = env("XDG_DATA_HOME"); data && std::filesystem::path(*data).is_absolute())
+        return std::filesystem::path(*data) / "maxhost";
+    return homeFolder() / ".local" / "share" / "maxhost";
+}
+
+std::filesystem::path SceneFolder() {
+    const std::filesystem::path folder = ProjectFolder() / "scenes";
+    std::error_code ec;
+    std::filesystem::create_directories(folder, ec);
+    if (ec) throw std::filesystem::filesystem_error("cannot make the scene folder", folder, ec);
+    return folder;
+}
+
 std::filesystem::path HostIniPath() {
     if (g_iniPath) return *g_iniPath;
     if (auto ini = env("MAXHOST_INI")) return *ini;

@@ -22,6 +22,12 @@ std::filesystem::path SystemTempFolder();
 // Made (with its parents) on each request; throws std::filesystem::filesystem_error when it cannot be.
 std::filesystem::path HostTempFolder();
 
+// The project folder: $MAXHOST_PROJECT, else $XDG_DATA_HOME/maxhost ($HOME/.local/share when XDG_DATA_HOME is
+// unset). Its "scenes" folder is where scene files go by default; made (with its parents) on each request,
+// throws std::filesystem::filesystem_error when it cannot be.
+std::filesystem::path ProjectFolder();
+std::filesystem::path SceneFolder();
+
 // The host's INI file: the path given on the command line (SetIniPath), else $MAXHOST_INI, else
 // $XDG_CONFIG_HOME/maxhost/3dsMax.ini ($HOME/.config when XDG_CONFIG_HOME is unset). Empty path: back to default.
 std::filesystem::path HostIniPath();

@@ -21,16 +21,21 @@ std::map<int, std::wstring>& dirTexts() {
     return texts;
 }
 
+// A folder made on request; when it cannot be made, its name all the same (the caller's file call then fails).
+std::wstring madeFolderText(std::filesystem::path (*make)()) {
+    try {
+        return hostrt::WithTrailingSeparator(hostrt::FromNativePath(make()));
+    } catch (const std::filesystem::filesystem_error& e) {
+        std::cerr << "maxhost: " << e.what() << "\n";
+        return hostrt::WithTrailingSeparator(hostrt::FromNativePath(e.path1()));
+    }
+}
+
 std::wstring dirText(int which) {
     switch (which) {
         case APP_MAXROOT_DIR: return hostrt::WithTrailingSeparator(hostrt::FromNativePath(hostrt::InstallRoot()));
-        case APP_TEMP_DIR:
-            try {
-                return hostrt::WithTrailingSeparator(hostrt::FromNativePath(hostrt::HostTempFolder()));
-            } catch (const std::filesystem::filesystem_error& e) {
-                std::cerr << "maxhost: " << e.what() << "\n";
-                return hostrt::WithTrailingSeparator(hostrt::FromNativePath(e.path1()));
-            }
+        case APP_TEMP_DIR: return madeFolderText(hostrt::HostTempFolder);
+        case APP_SCENE_DIR: return madeFolderText(hostrt::SceneFolder);
         default: return {};
     }
 }
@@ -76,8 +81,13 @@ void Interface::SetTime(TimeValue t, BOOL redraw) {
 }
 
 void Interface::RedrawViews(TimeValue t, DWORD vpFlags, ReferenceTarget* change) {
+    if (hostrt::Session::Instance().SceneRedrawDisabled()) return;
     hostrt::Session::Instance().Redraw(this, t);
 }
+
+void Interface::DisableSceneRedraw() { hostrt::Session::Instance().DisableSceneRedraw(); }
+void Interface::EnableSceneRedraw() { hostrt::Session::Instance().EnableSceneRedraw(); }
+int Interface::IsSceneRedrawDisabled() { return hostrt::Session::Instance().SceneRedrawDisabled() ? 1 : 0; }
 
 void Interface::RegisterRedrawViewsCallback(RedrawViewsCallback* cb) {
     hostrt::Session::Instance().AddRedrawCallback(cb);

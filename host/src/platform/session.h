@@ -37,6 +37,20 @@ public:
     int RedrawCount() const { return redraws_; }
     TimeValue LastRedrawTime() const { return lastRedraw_; }
     void AddRedrawCallback(RedrawViewsCallback* cb);
+    // Scene redraws switched off (counted: each disable needs its enable; an enable too many does nothing).
+    void DisableSceneRedraw() { ++redrawsDisabled_; }
+    void EnableSceneRedraw() {
+        if (redrawsDisabled_ > 0) --redrawsDisabled_;
+    }
+    bool SceneRedrawDisabled() const { return redrawsDisabled_ > 0; }
+
+    // quitMax: the application ends once the running script has stopped, with this exit status.
+    void RequestQuit(int exitCode) {
+        quitRequested_ = true;
+        exitCode_ = exitCode;
+    }
+    bool QuitRequested() const { return quitRequested_; }
+    int QuitExitCode() const { return exitCode_; }
     void RemoveRedrawCallback(RedrawViewsCallback* cb);
 
     void Reset();
@@ -47,6 +61,9 @@ private:
     bool hasUI_ = false;
     bool netServer_ = false;
     bool explorerLiveUpdate_ = true;
+    int redrawsDisabled_ = 0;
+    bool quitRequested_ = false;
+    int exitCode_ = 0;
     TimeValue time_ = 0;
     int redraws_ = 0;
     TimeValue lastRedraw_ = 0;

@@ -10,6 +10,7 @@
 #include "object.h"
 #include "scene/node_container.h"
 #include "scene/node_extensions.h"
+#include "scene/node_names.h"
 #include "scene/node_undo.h"
 #include "scene/scene.h"
 
@@ -108,12 +109,19 @@ Node* Node::MakeRoot(const MSTR& name) {
 
 Node::~Node() {
     registry().erase(handle_);
+    NodeNameIndex::Instance().Removed(this, name_.str());
+    NodeNameIndex::Instance().LeftTree();
     SceneNodeContainer::Instance().Remove(this);  // its slot is known: the container need not be searched
     if (selected_) Scene::Instance().DropFromSelection(this);
     Unlink();
     for (Node* c : children_)
         if (c && c->parent_ == this) c->parent_ = nullptr;
     children_.clear();
+}
+
+void Node::assignName(const MSTR& name) {
+    NodeNameIndex::Instance().Renamed(this, name_.str(), name.str());
+    name_ = name;
 }
 
 Node* Node::ByHandle(ULONG handle) {
@@ -161,6 +169,7 @@ int Node::ChildIndex(const Node* child) const {
 
 void Node::Unlink() {
     if (!parent_) return;
+    NodeNameIndex::Instance().LeftTree();
     auto& siblings = parent_->children_;
     // Usually the last child goes (deletion of whole trees runs backwards).
     auto it = std::find(siblings.rbegin(), siblings.rend(), this);
@@ -410,7 +419,7 @@ Matrix3 Node::GetObjectTM(TimeValue t, Interval* valid) {
 // ----------------------------------------------------------------------------------------------- cloning
 
 void Node::copyPropertiesTo(Node* to) const {
-    to->name_ = name_;
+    to->assignName(name_);
     to->wireColor_ = wireColor_;
     to->hidden_ = hidden_;
     to->frozen_ = frozen_;
@@ -478,7 +487,12 @@ IOResult Node::Load(ILoad* iload) {
     while ((res = iload->OpenChunk()) == IO_OK) {
         bool ok = true;
         switch (iload->CurChunkID()) {
-        case kNameChunk: ok = iload->ReadWStringChunk(name_) == IO_OK; break;
+        case kNameChunk: {
+            MSTR name;
+            ok = iload->ReadWStringChunk(name) == IO_OK;
+            if (ok) assignName(name);
+            break;
+        }
         case kStateChunk: {
             DWORD state = 0;
             ok = readChunk(iload, state, wireColor_);

@@ -48,7 +48,7 @@ public:
     // parents.
     void SetSavedChildren(std::vector<Node*> nodes) { children_ = std::move(nodes); }
     // Names a node that is not in the scene yet, without notifications or undo.
-    void InitName(const MSTR& name) { name_ = name; }
+    void InitName(const MSTR& name) { assignName(name); }
     bool IsDeleted() const { return TestAFlag(A_IS_DELETED) != FALSE; }
     // Selection state, kept in step with the scene's selection list by the scene.
     void SetSelectedFlag(bool on) { selected_ = on; }
@@ -240,7 +240,8 @@ private:
     void broadcastProperty(int code, int propertyId);
     void attachTo(Node* parent, bool keepTM, TimeValue t);
 
-    MSTR name_;
+    MSTR name_;  // changed only through assignName, which keeps the name index current
+    void assignName(const MSTR& name);
     ULONG handle_ = 0;
     bool isRoot_ = false;
     bool loading_ = false;

@@ -8,10 +8,10 @@
 #include "object.h"
 #include "plugapi.h"
 #include "scene/node.h"
+#include "scene/node_names.h"
 #include "scene/node_undo.h"
 #include "scene/scene.h"
 
-#include <cwctype>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -43,37 +43,10 @@ std::vector<Node*> NodesBelow(Node* root) {
 }
 
 Node* FindNodeByName(Node* root, const MCHAR* name) {
-    const MSTR wanted(name ? name : L"");
-    for (Node* n : NodesBelow(root))
-        if (wanted == n->GetName()) return n;
-    return nullptr;
+    return NodeNameIndex::Instance().Find(root, name ? name : L"");
 }
 
-namespace {
-std::unordered_set<std::wstring> sceneNodeNames() {
-    std::unordered_set<std::wstring> taken;
-    for (Node* n : NodesBelow(Scene::Instance().RootNode())) taken.insert(n->GetName());
-    return taken;
-}
-
-MSTR uniqueName(const MSTR& base, const std::unordered_set<std::wstring>& taken) {
-    if (!taken.count(base.str())) return base;
-    std::wstring stem = base.str();
-    std::size_t digits = 0;
-    while (digits < stem.size() && std::iswdigit(stem[stem.size() - 1 - digits])) ++digits;
-    unsigned long long number = 0;
-    if (digits > 0 && digits < 10) number = std::stoull(stem.substr(stem.size() - digits));
-    stem.resize(stem.size() - digits);
-    const std::size_t width = std::max<std::size_t>(digits, 3);
-    for (;;) {
-        std::wstring n = std::to_wstring(++number);
-        if (n.size() < width) n.insert(0, width - n.size(), L'0');
-        if (!taken.count(stem + n)) return MSTR(stem + n);
-    }
-}
-}  // namespace
-
-MSTR UniqueNodeName(const MSTR& base) { return uniqueName(base, sceneNodeNames()); }
+MSTR UniqueNodeName(const MSTR& base) { return NodeNameIndex::Instance().Unique(Scene::Instance().RootNode(), base); }
 
 Node* CreateSceneNode(Object* obj) {
     NodeEventBatch batch;
@@ -151,7 +124,6 @@ ClonedNodes CloneSceneNodes(const std::vector<INode*>& nodes, const Point3& offs
     remap.DeleteThis();
 
     const TimeValue t = GetCOREInterface()->GetTime();
-    std::unordered_set<std::wstring> taken = sceneNodeNames();
     for (Node* n : list) {
         Node* c = cloneOf[n];
         if (!c) continue;
@@ -159,8 +131,9 @@ ClonedNodes CloneSceneNodes(const std::vector<INode*>& nodes, const Point3& offs
         auto p = parent ? cloneOf.find(parent) : cloneOf.end();
         const bool topLevel = p == cloneOf.end();
         Node* newParent = topLevel ? (parent ? parent : Scene::Instance().RootNode()) : p->second;
-        c->InitName(uniqueName(n->GetName(), taken));
-        taken.insert(c->GetName());
+        // Parents come before their children and each clone joins the scene at once, so every name is made
+        // with the earlier clones' names taken.
+        c->InitName(UniqueNodeName(n->GetName()));
         newParent->LinkChild(c);
         if (topLevel && offset != Point3()) {
             Matrix3 tm = c->GetNodeTM(t);

@@ -76,7 +76,7 @@ void Node::SetName(const MCHAR* name) {
     NodeEventBatch batch;
     const MSTR oldName = name_;
     recordChange<MSTR>(this, oldName, newName, [](Node* n, const MSTR& v) { n->SetName(v.data()); }, L"Rename");
-    name_ = newName;
+    assignName(newName);
     NameChange change{oldName.data(), name_.data(), this};
     BroadcastNotification(NOTIFY_NODE_RENAMED, &change);
     changed(NodeEvent::NameChanged);

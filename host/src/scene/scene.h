@@ -35,6 +35,8 @@ public:
     Node* RootNode() { return root_; }
     // Full path of the open scene file, empty for an untitled scene.
     const MSTR& CurFilePath() const { return path_; }
+    // Names the scene's file without reading or writing it (fetching a held scene puts its name back).
+    void SetCurFilePath(const MSTR& path) { path_ = path; }
     bool IsSaveRequired() const { return saveRequired_; }
     // True while SaveScene writes the file (between the pre-save and post-save notifications).
     bool IsWritingFile() const { return writingFile_; }
