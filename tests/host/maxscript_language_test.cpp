@@ -64,9 +64,13 @@ TEST(MaxScriptParser, SyntaxErrorsCarryLineColumnSourceAndText) {
               L"-- Syntax error: at end of script, expected closing \" of the string\n"
               L"-- Error occurred in anonymous codeblock; line: 1; column: 5\n"
               L"--  In line: s = \"never closed\n");
-    // A syntax error anywhere stops the whole text before anything runs.
-    EXPECT_FALSE(ErrorReport(in, L"ranFirst = true\nx = )").empty());
-    EXPECT_FALSE(in.GetGlobal(L"ranFirst").has_value());
+    // A syntax error stops the text where it is written: what comes before it has run, nothing after it.
+    EXPECT_EQ(ErrorReport(in, L"ranFirst = true\nx = )\nranAfter = true", L"a.ms"),
+              L"-- Syntax error: at ), expected <factor>\n"
+              L"-- Error occurred in a.ms; line: 2; column: 5\n"
+              L"--  In line: x = )\n");
+    EXPECT_TRUE(in.GetGlobal(L"ranFirst").has_value());
+    EXPECT_FALSE(in.GetGlobal(L"ranAfter").has_value());
 }
 
 TEST(MaxScriptParser, IncompleteInputIsToldFromWrongInput) {

@@ -83,10 +83,13 @@ std::optional<Value> WithSlot(const Value& object, int slot, const Value& value)
 
 Value Interpreter::Call(const Value& function, CallArgs& args, int line, int column) {
     CallContext ctx{*this, line ? line : line_, column};
-    if (function.Is(Kind::Function)) {
-        const FunctionData& fn = *function.Fn();
-        if (fn.scripted) return Evaluator::CallScripted(*this, fn, args);
-        return fn.native(ctx, args);
+    if (function.Is(Kind::Function) && function.Fn()->scripted) return Evaluator::CallScripted(*this, *function.Fn(), args);
+    // Native code sees the values that references (&x) stand for.
+    for (Value& v : args.positional)
+        if (ValueReference* ref = AsReference(v)) v = ref->Get();
+    if (function.Is(Kind::Function)) return function.Fn()->native(ctx, args);
+    if (function.Is(Kind::Ext) && function.ExtObj()->Callable()) {
+        if (auto v = function.ExtObj()->Call(ctx, args)) return *v;
     }
     if (function.Is(Kind::Class)) {
         const ClassData& cls = *function.Cls();

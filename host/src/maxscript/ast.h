@@ -34,8 +34,13 @@ enum class NodeKind {
     Return,
     Exit,
     Continue,
-    Context,  // undo on, animate on, at time t, with ...
+    Context,  // undo on, animate on, at time t, in coordsys c, about p, with ...
     MaxCmd,   // max undo
+    LastResult,   // ? (the value of the last top-level expression)
+    RefArg,       // &x: a variable, property or item handed by reference
+    SetContext,   // set animate on, set coordsys local: a context for what follows
+    When,         // when transform $a changes do ..., when $a deleted do ...
+    Definition,   // struct, rollout, utility, rcmenu, tool, plugin, attributes, macroScript
 };
 
 struct Node {
@@ -56,6 +61,7 @@ struct Var : Node {
     Var() : Node(NodeKind::Var) {}
     std::wstring name;  // as written
     std::wstring key;   // folded for lookup
+    bool global = false;  // ::name: the global, past any local of that name
 };
 
 struct Path : Node {
@@ -90,7 +96,7 @@ struct Block : Node {
 
 struct Unary : Node {
     Unary() : Node(NodeKind::Unary) {}
-    std::wstring op;  // "-" or "not"
+    std::wstring op;  // "-", "not" or "*" (dereference)
     NodePtr operand;
 };
 
@@ -186,6 +192,9 @@ struct FnDef : Node {
     FnDef() : Node(NodeKind::FnDef) {}
     std::wstring name;  // as written
     std::vector<std::wstring> params;  // folded
+    std::vector<bool> byReference;     // per parameter: written &name, the caller's variable gets the final value
+    bool mapped = false;               // applied to each item when the first argument is a collection
+    bool handler = false;              // an event handler: missing arguments are undefined, extra ones dropped
     struct KeywordParam {
         std::wstring name;  // folded
         std::wstring written;
@@ -222,12 +231,85 @@ struct Continue : Node {
 struct Context : Node {
     Context() : Node(NodeKind::Context) {}
     struct Clause {
-        std::wstring what;  // "undo", "animate", "time", "redraw", "quiet"
+        std::wstring what;  // "undo", "animate", "time", "coordsys", "about", "level", "redraw", "quiet", or
+                            // another `with` switch (folded)
         NodePtr label;      // undo label, may be null
-        NodePtr value;      // on/off as a literal boolean, or the time
+        NodePtr value;      // on/off as a literal boolean, the time, or the coordinate system / centre: a
+                            // name literal (#world, #local, #parent, #pivot ...) or a node or point expression
     };
     std::vector<Clause> clauses;
     NodePtr body;
+};
+
+// `set animate on`, `set coordsys local`, `set time 10`: the clause stays in force for later expressions.
+struct SetContext : Node {
+    SetContext() : Node(NodeKind::SetContext) {}
+    Context::Clause clause;
+};
+
+struct LastResult : Node {
+    LastResult() : Node(NodeKind::LastResult) {}
+};
+
+struct RefArg : Node {
+    RefArg() : Node(NodeKind::RefArg) {}
+    NodePtr target;  // Var, Property or Index
+};
+
+// `when <attribute> <objects> changes [id:n] [handleAt:n] [param] do body` and
+// `when <objects> deleted [id:n] [handleAt:n] [param] do body`.
+struct When : Node {
+    When() : Node(NodeKind::When) {}
+    std::wstring attribute;  // folded: transform, geometry, topology, names, parameters, select, ... or "deleted"
+    NodePtr objects;
+    std::vector<KeywordArg> keywords;  // id:, handleAt:
+    std::wstring param;                // folded; empty when none
+    NodePtr body;
+};
+
+// One written control or parameter of a definition: `spinner spn "Count" range:[0,10,1]`, a menu item,
+// `group "Title" (...)` and `subMenu "Title" (...)` with their children, or a parameter of a parameter block
+// (`size type:#float default:1 ui:spn`, its type empty).
+struct ControlDef {
+    std::wstring type;  // folded
+    std::wstring name;  // as written
+    NodePtr caption;    // may be null
+    std::vector<KeywordArg> keywords;
+    std::vector<ControlDef> children;  // group and subMenu
+    int line = 0;
+    int column = 0;
+};
+
+// A member of a definition in written order: a variable (struct member or `local`) with its initial
+// value, or a function (init is then the FnDef).
+struct Member {
+    std::wstring name;     // folded
+    std::wstring written;  // as written
+    NodePtr init;          // may be null
+    bool function = false;
+    bool isPrivate = false;
+};
+
+enum class DefKind { Struct, Rollout, Utility, RCMenu, Tool, Plugin, Attributes, MacroScript, Parameters };
+
+struct Definition : Node {
+    Definition() : Node(NodeKind::Definition) {}
+    DefKind what = DefKind::Struct;
+    std::wstring name;        // as written
+    std::wstring superclass;  // plugin: helper, geometry, modifier ... (folded)
+    NodePtr caption;          // rollout and utility titles, a macroScript's button text; may be null
+    std::vector<KeywordArg> keywords;  // header keywords: category:, width:, classID:, rollout: ...
+    std::vector<Member> members;
+    // Event handlers as functions: name "<target>.<event>" (target empty for `on <event>`), handler set.
+    struct Handler {
+        std::wstring target;  // folded; empty for events of the definition itself
+        std::wstring event;   // folded
+        std::unique_ptr<FnDef> fn;
+    };
+    std::vector<Handler> handlers;
+    std::vector<ControlDef> controls;
+    std::vector<std::unique_ptr<Definition>> nested;  // rollouts, parameter blocks, tools of plug-ins
+    std::vector<NodePtr> body;  // a macroScript's expressions outside its handlers
 };
 
 struct MaxCmd : Node {

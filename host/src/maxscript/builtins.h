@@ -6,6 +6,8 @@
 #include "maxscript/value.h"
 
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace hostrt::mxs {
 
@@ -23,6 +25,14 @@ void RegisterFileStreamBuiltins();   // openFile, createFile, readLine, eof, clo
 void RegisterEnvironmentBuiltins();  // message boxes, redraws, gc, heapSize, quitMax, clearListener, sysInfo
 void RegisterCallbackBuiltins();     // callbacks.addScript, callbacks.removeScripts
 void RegisterDiscoveryBuiltins();    // showInterface, showProperties, getPropNames, apropos, plug-in objects' names
+void RegisterVectorBuiltins();  // pow, dot, cross, normalize, length, matrices, angleAxis, inverse, colours
+void RegisterDictionaryBuiltins();  // Dictionary, DataPair and the dictionary functions
+void RegisterBitBuiltins();     // bit.and, bit.or, bit.shift ...
+void RegisterNameBuiltins();    // uniqueName
+
+// A global that groups functions under one name (`bit.and`, `macros.run`, `custAttributes.add`): reading
+// it answers an object whose properties are the functions.
+void RegisterFunctionSet(const std::wstring& name, std::vector<std::pair<std::wstring, NativeFn>> functions);
 
 // The class value of v and the name of a class's superclass chain membership.
 Value ClassOf(const Value& v);

@@ -1,8 +1,10 @@
-// Array built-ins: append, deleteItem, insertItem, findItem, join, sort, makeUniqueArray.
+// Array built-ins: append, appendIfUnique, deleteItem, insertItem, findItem, join, sort, qsort,
+// makeUniqueArray.
 #include "maxscript/builtins.h"
 
 #include "maxscript/convert.h"
 #include "maxscript/errors.h"
+#include "maxscript/interpreter.h"
 #include "maxscript/operators.h"
 #include "maxscript/print.h"
 
@@ -23,6 +25,20 @@ std::size_t ItemIndex(const ArrayData& items, const Value& index, bool allowEnd)
     const int last = int(items.size()) + (allowEnd ? 1 : 0);
     if (i < 1 || i > last) throw RuntimeError(L"Array index out of bounds: " + PrintForm(index));
     return std::size_t(i - 1);
+}
+
+// A stable merge sort that stays within the array whatever a script's comparison answers (the standard
+// sorts need a consistent order).
+template <class Less> void MergeSort(ArrayData& items, const Less& less) {
+    if (items.size() < 2) return;
+    ArrayData left(items.begin(), items.begin() + std::ptrdiff_t(items.size() / 2));
+    ArrayData right(items.begin() + std::ptrdiff_t(items.size() / 2), items.end());
+    MergeSort(left, less);
+    MergeSort(right, less);
+    std::size_t i = 0, j = 0, k = 0;
+    while (i < left.size() && j < right.size()) items[k++] = less(right[j], left[i]) ? right[j++] : left[i++];
+    while (i < left.size()) items[k++] = left[i++];
+    while (j < right.size()) items[k++] = right[j++];
 }
 
 }  // namespace
@@ -91,6 +107,40 @@ void RegisterArrayBuiltins() {
         std::stable_sort(sorted.begin(), sorted.end(), [](const Value& a, const Value& b) { return Order(a, b) < 0; });
         items = std::move(sorted);
         return args.positional[0];
+    });
+    RegisterGlobalFunction(L"appendIfUnique", [](CallContext&, CallArgs& args) {
+        CheckArgCount(L"appendIfUnique", args, 2);
+        ArrayData& items = ArrayArg(args, 0);
+        for (const Value& v : items)
+            if (ValuesEqual(v, args.positional[1])) return Value::Bool(false);
+        items.push_back(args.positional[1]);
+        return Value::Bool(true);
+    });
+    // qsort <array> <function> [start:] [end:] [other keywords handed to the function]: the function answers a
+    // negative number, 0 or a positive number for each pair it compares.
+    RegisterGlobalFunction(L"qsort", [](CallContext& ctx, CallArgs& args) {
+        CheckArgCount(L"qsort", args, 2);
+        ArrayData& items = ArrayArg(args, 0);
+        const Value compare = args.positional[1];
+        int first = 1, last = int(items.size());
+        CallArgs extra;
+        for (const auto& [name, value] : args.keywords) {
+            if (EqualsNoCase(name, L"start")) first = ToInt(value);
+            else if (EqualsNoCase(name, L"end")) last = ToInt(value);
+            else extra.keywords.emplace_back(name, value);
+        }
+        first = std::max(first, 1);
+        last = std::min(last, int(items.size()));
+        if (first >= last) return Value::Ok();
+        // Sorted as a copy: an error in the function leaves the array as it was.
+        ArrayData part(items.begin() + (first - 1), items.begin() + last);
+        MergeSort(part, [&](const Value& a, const Value& b) {
+            CallArgs call = extra;
+            call.positional = {a, b};
+            return ToFloat(ctx.interp.Call(compare, call)) < 0;
+        });
+        std::copy(part.begin(), part.end(), items.begin() + (first - 1));
+        return Value::Ok();
     });
     RegisterGlobalFunction(L"makeUniqueArray", [](CallContext&, CallArgs& args) {
         CheckArgCount(L"makeUniqueArray", args, 1);

@@ -7,6 +7,7 @@
 #include "hold.h"
 #include "maxapi.h"
 #include "maxscript/convert.h"
+#include "maxscript/definitions.h"
 #include "maxscript/errors.h"
 #include "maxscript/interpreter.h"
 #include "maxscript/print.h"
@@ -122,13 +123,16 @@ Value Throw(CallContext& ctx, CallArgs& args) {
     throw e;
 }
 
-Value Copy(CallContext&, CallArgs& args) {
+Value Copy(CallContext& ctx, CallArgs& args) {
     CheckArgCount(L"copy", args, 1);
     const Value& v = args.positional[0];
     switch (v.kind()) {
     case Kind::Array: return Value::Array(v.Items());
     case Kind::String: return Value::String(v.Text());
     case Kind::BitArray: return Value::Bits(v.BitsRef());
+    case Kind::Ext:
+        if (auto copy = v.ExtObj()->Copy(ctx)) return *copy;
+        return v;
     default: return v;
     }
 }
@@ -208,17 +212,22 @@ Value ClassOf(const Value& v) {
         }
         return ClassNamed(anim->ClassName().str(), SuperclassOfHost(anim->SuperClassID()));
     }
+    if (v.Is(Kind::Ext))
+        if (auto cls = v.ExtObj()->ClassValue()) return *cls;
     return ClassNamed(ClassNameOf(v), L"Value");
 }
 
 Value SuperClassOf(const Value& classOrValue) {
     const Value cls = classOrValue.Is(Kind::Class) ? classOrValue : ClassOf(classOrValue);
+    if (!cls.Is(Kind::Class)) return ClassNamed(L"Value", L"");
     const std::wstring& super = cls.Cls()->superclass;
     if (super.empty()) return Value::Undefined();
     return ClassNamed(super, L"Value");
 }
 
 bool IsKindOf(const Value& v, const Value& cls) {
+    // A struct definition is the class of its instances.
+    if (cls.Is(Kind::Ext) && cls.ExtObj()->Callable()) return ValuesEqual(ClassOf(v), cls);
     if (!cls.Is(Kind::Class)) throw TypeError(L"isKindOf needs a class, got: " + PrintForm(cls));
     Value c = ClassOf(v);
     for (int guard = 0; guard < 64 && c.Is(Kind::Class); ++guard) {
@@ -263,11 +272,6 @@ void RegisterCoreBuiltins() {
         if (!v.Is(Kind::HostObject)) throw ConversionError(v, L"MAXWrapper");
         return Value::Bool(v.Anim() == nullptr);
     });
-    RegisterGlobalFunction(L"DestroyDialog", [](CallContext&, CallArgs& args) -> Value {
-        CheckArgCount(L"DestroyDialog", args, 1);
-        // This host has no script rollouts, so there is never a dialog to destroy.
-        throw ConversionError(args.positional[0], L"RolloutClass");
-    });
     // The time scripts evaluate at (`at time`, else the slider), and the time slider itself.
     RegisterSystemVariable(L"currentTime", {[] { return Value::Time(Interpreter::Current().Time()); }, nullptr});
     RegisterSystemVariable(L"sliderTime", {[] { return Value::Time(GetCOREInterface()->GetTime()); },
@@ -287,10 +291,15 @@ void RegisterBuiltins() {
         RegisterFileBuiltins();
         RegisterFileOperationBuiltins();
         RegisterAssertBuiltins();
+        RegisterVectorBuiltins();
+        RegisterDictionaryBuiltins();
+        RegisterBitBuiltins();
         RegisterFileStreamBuiltins();
         RegisterEnvironmentBuiltins();
         RegisterCallbackBuiltins();
         RegisterSceneBuiltins();
+        RegisterNameBuiltins();
+        RegisterDefinitionBuiltins();
     });
 }
 

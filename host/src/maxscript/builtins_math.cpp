@@ -1,4 +1,5 @@
-// Number built-ins: abs, amax, amin, random, seed, timeStamp, sqrt, floor, ceil, mod.
+// Number built-ins: abs, amax, amin, random, seed, timeStamp, sqrt, floor, ceil, mod, the trigonometric
+// functions (in degrees, as MAXScript takes angles), exp, log, log10 and pi.
 #include "maxscript/builtins.h"
 
 #include "maxscript/convert.h"
@@ -9,6 +10,7 @@
 #include <chrono>
 #include <cmath>
 #include <ctime>
+#include <memory>
 
 namespace hostrt::mxs {
 
@@ -50,6 +52,13 @@ Value Random(CallContext& ctx, CallArgs& args) {
         const float y = RandomFloat(gen, p.y, q.y);
         const float z = RandomFloat(gen, p.z, q.z);
         return Value::P3(Point3(x, y, z));
+    }
+    if (a.Is(Kind::Color) && b.Is(Kind::Color)) {
+        const AColor p = a.AsColor(), q = b.AsColor();
+        const float r = RandomFloat(gen, p.r, q.r);
+        const float g = RandomFloat(gen, p.g, q.g);
+        const float bl = RandomFloat(gen, p.b, q.b);
+        return Value::Col(AColor(r, g, bl, 255.f));
     }
     if (a.Is(Kind::Time) || b.Is(Kind::Time)) {
         const TimeValue lo = std::min(ToTime(a), ToTime(b)), hi = std::max(ToTime(a), ToTime(b));
@@ -99,6 +108,26 @@ void RegisterMathBuiltins() {
     Unary(L"sqrt", [](double x) { return std::sqrt(x); });
     Unary(L"floor", [](double x) { return std::floor(x); });
     Unary(L"ceil", [](double x) { return std::ceil(x); });
+    constexpr double kDegrees = 180.0 / 3.14159265358979323846;
+    Unary(L"sin", [](double x) { return std::sin(x / kDegrees); });
+    Unary(L"cos", [](double x) { return std::cos(x / kDegrees); });
+    Unary(L"tan", [](double x) { return std::tan(x / kDegrees); });
+    Unary(L"asin", [](double x) { return std::asin(x) * kDegrees; });
+    Unary(L"acos", [](double x) { return std::acos(x) * kDegrees; });
+    Unary(L"atan", [](double x) { return std::atan(x) * kDegrees; });
+    Unary(L"exp", [](double x) { return std::exp(x); });
+    Unary(L"log", [](double x) { return std::log(x); });
+    Unary(L"log10", [](double x) { return std::log10(x); });
+    Unary(L"degToRad", [](double x) { return x / kDegrees; });
+    Unary(L"radToDeg", [](double x) { return x * kDegrees; });
+    RegisterGlobalFunction(L"atan2", [](CallContext&, CallArgs& args) {
+        CheckArgCount(L"atan2", args, 2);
+        return Value::Float(float(std::atan2(double(ToFloat(args.positional[0])), double(ToFloat(args.positional[1]))) *
+                                  kDegrees));
+    });
+    // pi is a global a script may assign, as MAXScript's is.
+    auto pi = std::make_shared<Value>(Value::Float(3.14159265f));
+    RegisterSystemVariable(L"pi", {[pi] { return *pi; }, [pi](const Value& v) { *pi = v; }});
     RegisterGlobalFunction(L"mod", [](CallContext&, CallArgs& args) {
         CheckArgCount(L"mod", args, 2);
         const float b = ToFloat(args.positional[1]);

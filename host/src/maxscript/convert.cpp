@@ -6,6 +6,8 @@
 
 #include <cmath>
 #include <cwctype>
+#include <unordered_map>
+#include <vector>
 
 namespace hostrt::mxs {
 
@@ -128,9 +130,25 @@ Value ToBitArray(const Value& v) {
     throw ConversionError(v, L"BitArray");
 }
 
+namespace {
+
+std::unordered_map<std::wstring, std::vector<Conversion>>& Conversions() {
+    static std::unordered_map<std::wstring, std::vector<Conversion>> conversions;
+    return conversions;
+}
+
+}  // namespace
+
+void RegisterConversion(const std::wstring& className, Conversion convert) {
+    Conversions()[FoldCase(className)].push_back(std::move(convert));
+}
+
 Value ConvertAs(CallContext& ctx, const Value& v, const Value& cls) {
     if (!cls.Is(Kind::Class)) throw TypeError(L"as requires a class, got: " + PrintForm(cls));
     const std::wstring target = FoldCase(cls.Cls()->name);
+    if (auto it = Conversions().find(target); it != Conversions().end())
+        for (const Conversion& convert : it->second)
+            if (auto converted = convert(ctx, v)) return *converted;
     if (target == L"integer") {
         if (v.Is(Kind::String)) {
             const auto n = ParseNumber(v.Text());

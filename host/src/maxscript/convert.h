@@ -4,6 +4,8 @@
 
 #include "maxscript/value.h"
 
+#include <functional>
+#include <optional>
 #include <string>
 
 namespace hostrt::mxs {
@@ -26,5 +28,10 @@ std::optional<double> ParseNumber(const std::wstring& text);
 
 // `v as cls`; cls is a class value.
 Value ConvertAs(CallContext& ctx, const Value& v, const Value& cls);
+
+// A conversion `as` knows besides the built-in ones, for one target class (named without regard to case):
+// it answers the converted value, or nullopt when it does not convert v.
+using Conversion = std::function<std::optional<Value>(CallContext&, const Value&)>;
+void RegisterConversion(const std::wstring& className, Conversion convert);
 
 }  // namespace hostrt::mxs

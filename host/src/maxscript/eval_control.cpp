@@ -165,12 +165,22 @@ Value Evaluator::Decl(Interpreter& in, const ast::Decl& n, const ScopePtr& scope
 namespace {
 
 // Applies clauses[i..] around the body, undoing each when the body ends (also by an error).
+// The state the clauses switch: the interpreter's animate mode, time, coordinate system and centre.
+struct ContextState {
+    bool& animate;
+    std::optional<TimeValue>& time;
+    Value& coordsys;
+    Value& about;
+};
+
 Value WithClauses(Interpreter& in, const ast::Context& n, std::size_t i, const Evaluator::ScopePtr& scope,
-                  bool& animate, std::optional<TimeValue>& time) {
+                  ContextState& state) {
+    bool& animate = state.animate;
+    std::optional<TimeValue>& time = state.time;
     if (i == n.clauses.size()) return in.Eval(*n.body, scope);
     const ast::Context::Clause& clause = n.clauses[i];
     const Value value = in.Eval(*clause.value, scope);
-    auto inner = [&]() { return WithClauses(in, n, i + 1, scope, animate, time); };
+    auto inner = [&]() { return WithClauses(in, n, i + 1, scope, state); };
 
     if (clause.what == L"undo") {
         const std::wstring label = clause.label ? DisplayForm(in.Eval(*clause.label, scope)) : L"MAXScript";
@@ -222,15 +232,49 @@ Value WithClauses(Interpreter& in, const ast::Context& n, std::size_t i, const E
             throw;
         }
     }
-    // redraw and quiet: accepted, nothing to switch in a host without viewports.
-    ToBool(value);
+    if (clause.what == L"coordsys" || clause.what == L"about") {
+        Value& slot = clause.what == L"coordsys" ? state.coordsys : state.about;
+        const Value saved = slot;
+        slot = value;
+        try {
+            Value result = inner();
+            slot = saved;
+            return result;
+        } catch (...) {
+            slot = saved;
+            throw;
+        }
+    }
+    // redraw and quiet switch nothing in a host without viewports; `at level` and `in <node>` are accepted
+    // and have no effect of their own; other `with` switches are accepted as they are.
+    if (clause.what == L"redraw" || clause.what == L"quiet") ToBool(value);
     return inner();
 }
 
 }  // namespace
 
 Value Evaluator::Context(Interpreter& in, const ast::Context& n, const ScopePtr& scope) {
-    return WithClauses(in, n, 0, scope, in.animate_, in.time_);
+    ContextState state{in.animate_, in.time_, in.coordsys_, in.about_};
+    return WithClauses(in, n, 0, scope, state);
+}
+
+Value Evaluator::SetContext(Interpreter& in, const ast::SetContext& n, const ScopePtr& scope) {
+    const ast::Context::Clause& clause = n.clause;
+    const Value value = in.Eval(*clause.value, scope);
+    if (clause.what == L"animate") {
+        in.animate_ = ToBool(value);
+        hostrt::SetAnimateMode(in.animate_);
+    } else if (clause.what == L"time") {
+        in.time_ = ToTime(value);
+    } else if (clause.what == L"coordsys") {
+        in.coordsys_ = value;
+    } else if (clause.what == L"about") {
+        in.about_ = value;
+    } else if (clause.what == L"undo") {
+        // Every top-level expression is its own step here; the switch is read and kept by nobody.
+        ToBool(value);
+    }
+    return Value::Ok();
 }
 
 Value Evaluator::MaxCmd(Interpreter& in, const ast::MaxCmd& n, const ScopePtr&) {
@@ -241,15 +285,63 @@ Value Evaluator::MaxCmd(Interpreter& in, const ast::MaxCmd& n, const ScopePtr&) 
     return Value::Ok();
 }
 
+namespace {
+
+// Collections a mapped function goes through: arrays and native collections (node sets, dictionaries).
+std::optional<std::vector<Value>> MappedItems(Interpreter& in, const Value& v) {
+    if (v.Is(Kind::Array)) return v.Items();
+    if (v.Is(Kind::Ext) && !AsReference(v)) {
+        CallContext ctx{in, in.Line(), 0};
+        return v.ExtObj()->Items(ctx);
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
 Value Evaluator::CallScripted(Interpreter& in, const FunctionData& fn, CallArgs& args) {
     const ast::FnDef& def = *fn.scripted;
-    if (args.positional.size() != def.params.size())
-        throw ArgCountError(def.name, int(def.params.size()), int(args.positional.size()));
-    if (in.depth_ >= 1000) throw RuntimeError(L"Call stack overflow in " + def.name);
+    if (def.mapped && !args.positional.empty()) {
+        const Value first = AsReference(args.positional[0]) ? AsReference(args.positional[0])->Get()
+                                                             : args.positional[0];
+        if (auto items = MappedItems(in, first)) {
+            for (const Value& item : *items) {
+                CallArgs one = args;
+                one.positional[0] = item;
+                CallOnce(in, fn, one);
+            }
+            return Value::Ok();
+        }
+    }
+    return CallOnce(in, fn, args);
+}
+
+Value Evaluator::CallOnce(Interpreter& in, const FunctionData& fn, CallArgs& args) {
+    const ast::FnDef& def = *fn.scripted;
+    std::vector<Value>& positional = args.positional;
+    if (def.handler) {
+        // An event handler called from a script takes the arguments it names and ignores the rest.
+        positional.resize(def.params.size());
+    } else if (positional.size() != def.params.size()) {
+        throw ArgCountError(def.name, int(def.params.size()), int(positional.size()));
+    }
+    constexpr std::ptrdiff_t kStackRoom = 4 << 20;  // of the 8 MiB the host's main thread has
+    const char* here = static_cast<const char*>(__builtin_frame_address(0));
+    if (in.depth_ >= 1000 || (in.stackBase_ && in.stackBase_ - here > kStackRoom))
+        throw RuntimeError(L"Call stack overflow in " + def.name);
 
     auto local = std::make_shared<Scope>();
     local->parent = fn.closure;
-    for (std::size_t i = 0; i < def.params.size(); ++i) local->vars[def.params[i]] = args.positional[i];
+    // By-reference parameters give their final value back through the caller's reference.
+    std::vector<std::pair<std::size_t, ValueReference*>> giveBack;
+    for (std::size_t i = 0; i < def.params.size(); ++i) {
+        if (ValueReference* ref = AsReference(positional[i])) {
+            local->vars[def.params[i]] = ref->Get();
+            if (i < def.byReference.size() && def.byReference[i]) giveBack.emplace_back(i, ref);
+        } else {
+            local->vars[def.params[i]] = positional[i];
+        }
+    }
 
     struct Frame {
         Interpreter& in;
@@ -262,21 +354,27 @@ Value Evaluator::CallScripted(Interpreter& in, const FunctionData& fn, CallArgs&
             in.program_ = std::move(saved);
             --in.depth_;
         }
-    } frame(in, fn.program);
+    };
 
-    for (const ast::FnDef::KeywordParam& kp : def.keywords) {
-        if (const Value* given = args.Keyword(kp.name)) local->vars[kp.name] = *given;
-        else local->vars[kp.name] = kp.defaultValue ? in.Eval(*kp.defaultValue, local) : Value::Unsupplied();
+    Value result;
+    {
+        Frame frame(in, fn.program);
+        for (const ast::FnDef::KeywordParam& kp : def.keywords) {
+            if (const Value* given = args.Keyword(kp.name)) local->vars[kp.name] = *given;
+            else local->vars[kp.name] = kp.defaultValue ? in.Eval(*kp.defaultValue, local) : Value::Unsupplied();
+        }
+        try {
+            result = in.Eval(*def.body, local);
+        } catch (ReturnSignal& r) {
+            result = r.value;
+        } catch (ExitSignal&) {
+            throw RuntimeError(L"exit used outside a loop in " + def.name);
+        } catch (ContinueSignal&) {
+            throw RuntimeError(L"continue used outside a loop in " + def.name);
+        }
     }
-    try {
-        return in.Eval(*def.body, local);
-    } catch (ReturnSignal& r) {
-        return r.value;
-    } catch (ExitSignal&) {
-        throw RuntimeError(L"exit used outside a loop in " + def.name);
-    } catch (ContinueSignal&) {
-        throw RuntimeError(L"continue used outside a loop in " + def.name);
-    }
+    for (const auto& [i, ref] : giveBack) ref->Set(local->vars[def.params[i]]);
+    return result;
 }
 
 }  // namespace hostrt::mxs

@@ -48,10 +48,43 @@ Value EvalPoint(Interpreter& in, const PointLit& n, const Evaluator::ScopePtr& s
 }
 
 bool IsCallable(const Value& v) {
-    return v.Is(Kind::Function) || (v.Is(Kind::Class) && v.Cls()->construct);
+    return v.Is(Kind::Function) || (v.Is(Kind::Class) && v.Cls()->construct) ||
+           (v.Is(Kind::Ext) && v.ExtObj()->Callable());
+}
+
+// `$box*` (an array the path answered) and node sets: assigning a property sets it on every item.
+bool AssignsToEachItem(const Value& object, const Node& written) {
+    if (object.Is(Kind::Array)) return written.kind == NodeKind::Path;
+    return object.Is(Kind::Ext) && object.ExtObj()->MapsPropertyAssignment();
+}
+
+// `$selection` and `$objects` name the node sets, not nodes of those names.
+std::optional<Value> NamedNodeSet(Interpreter& in, const std::wstring& path) {
+    if (EqualsNoCase(path, L"selection") || EqualsNoCase(path, L"objects")) return in.LookupGlobal(path);
+    return std::nullopt;
 }
 
 }  // namespace
+
+// ---- References (&x): read and written through the expression they were made from.
+
+ValueReference::ValueReference(Interpreter& in, std::shared_ptr<const ast::Program> program, const ast::Node& target,
+                               std::shared_ptr<Scope> scope)
+    : in_(in), program_(std::move(program)), target_(target), scope_(std::move(scope)) {}
+
+Value ValueReference::Get() const { return in_.Eval(target_, scope_); }
+
+void ValueReference::Set(const Value& v) const { Evaluator::Store(in_, target_, v, scope_); }
+
+ValueReference* AsReference(const Value& v) {
+    return v.Is(Kind::Ext) ? dynamic_cast<ValueReference*>(v.ExtObj().get()) : nullptr;
+}
+
+ValueReference& Dereference(const Value& v) {
+    ValueReference* ref = AsReference(v);
+    if (!ref) throw RuntimeError(L"Cannot dereference: " + PrintForm(v));
+    return *ref;
+}
 
 Value Evaluator::Dispatch(Interpreter& in, const Node& node, const ScopePtr& scope) {
     switch (node.kind) {
@@ -62,8 +95,10 @@ Value Evaluator::Dispatch(Interpreter& in, const Node& node, const ScopePtr& sco
     case NodeKind::Var: return ReadVar(in, static_cast<const Var&>(node), scope);
     case NodeKind::Path: {
         CallContext ctx{in, node.line, node.column};
+        const std::wstring& path = static_cast<const Path&>(node).path;
+        if (auto set = NamedNodeSet(in, path)) return *set;
         const PathResolver& resolve = GetPathResolver();
-        return resolve ? resolve(ctx, static_cast<const Path&>(node).path) : Value::Undefined();
+        return resolve ? resolve(ctx, path) : Value::Undefined();
     }
     case NodeKind::ArrayLit: return EvalArray(in, static_cast<const ArrayLit&>(node), scope);
     case NodeKind::BitArrayLit: return EvalBitArray(in, static_cast<const BitArrayLit&>(node), scope);
@@ -72,6 +107,7 @@ Value Evaluator::Dispatch(Interpreter& in, const Node& node, const ScopePtr& sco
     case NodeKind::Unary: {
         const auto& u = static_cast<const Unary&>(node);
         const Value v = in.Eval(*u.operand, scope);
+        if (u.op == L"*") return Dereference(v).Get();
         return u.op == L"not" ? Value::Bool(!ToBool(v)) : Negate(v);
     }
     case NodeKind::Binary: return Binary(in, static_cast<const ast::Binary&>(node), scope);
@@ -107,11 +143,19 @@ Value Evaluator::Dispatch(Interpreter& in, const Node& node, const ScopePtr& sco
     case NodeKind::Continue: throw ContinueSignal{};
     case NodeKind::Context: return Context(in, static_cast<const ast::Context&>(node), scope);
     case NodeKind::MaxCmd: return MaxCmd(in, static_cast<const ast::MaxCmd&>(node), scope);
+    case NodeKind::LastResult: return in.lastResult_;
+    case NodeKind::RefArg:
+        return Value::Ext(std::make_shared<ValueReference>(in, in.program_, *static_cast<const RefArg&>(node).target,
+                                                           scope));
+    case NodeKind::SetContext: return SetContext(in, static_cast<const ast::SetContext&>(node), scope);
+    case NodeKind::When: return When(in, static_cast<const ast::When&>(node), scope);
+    case NodeKind::Definition: return Definition(in, static_cast<const ast::Definition&>(node), scope);
     }
     throw RuntimeError(L"Unknown expression");
 }
 
 Value Evaluator::ReadVar(Interpreter& in, const Var& var, const ScopePtr& scope) {
+    if (var.global) return in.LookupGlobal(var.name);
     for (Scope* s = scope.get(); s; s = s->parent.get())
         if (Value* v = s->Find(var.key)) return *v;
     return in.LookupGlobal(var.name);
@@ -151,13 +195,17 @@ void Evaluator::Store(Interpreter& in, const Node& target, const Value& v, const
     switch (target.kind) {
     case NodeKind::Var: {
         const auto& var = static_cast<const Var&>(target);
-        WriteVar(in, var.key, var.name, v, scope);
+        WriteVar(in, var.key, var.name, v, var.global ? nullptr : scope);
         return;
     }
     case NodeKind::Property: {
         const auto& p = static_cast<const Property&>(target);
         const Value object = in.Eval(*p.object, scope);
         in.line_ = target.line;
+        if (AssignsToEachItem(object, *p.object)) {
+            for (const Value& item : in.Iterate(object)) in.SetProperty(item, p.name, v);
+            return;
+        }
         if (auto changed = in.SetComponent(object, p.name, v)) {
             Store(in, *p.object, *changed, scope);
             return;
@@ -177,6 +225,12 @@ void Evaluator::Store(Interpreter& in, const Node& target, const Value& v, const
         in.SetIndex(object, index, v);
         return;
     }
+    case NodeKind::Unary:
+        if (static_cast<const Unary&>(target).op == L"*") {
+            Dereference(in.Eval(*static_cast<const Unary&>(target).operand, scope)).Set(v);
+            return;
+        }
+        return;
     default:
         // A value that is no variable (a call's result...): a changed copy has nowhere to go.
         return;

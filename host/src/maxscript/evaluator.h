@@ -8,6 +8,27 @@
 
 namespace hostrt::mxs {
 
+// `&x`: a reference to a variable, property or item, read and written through the expression it was made
+// from. A function whose parameter is written `&p` gives its final value back to the caller through it.
+class ValueReference : public ExtObject {
+public:
+    ValueReference(Interpreter& in, std::shared_ptr<const ast::Program> program, const ast::Node& target,
+                   std::shared_ptr<Scope> scope);
+    std::wstring ClassName() const override { return L"ValueRef"; }
+    Value Get() const;
+    void Set(const Value& v) const;
+
+private:
+    Interpreter& in_;
+    std::shared_ptr<const ast::Program> program_;  // keeps the target's expression alive
+    const ast::Node& target_;
+    std::shared_ptr<Scope> scope_;
+};
+// The reference a value holds; null for any other value.
+ValueReference* AsReference(const Value& v);
+// The reference a value holds; "Cannot dereference" for any other value (`*x`).
+ValueReference& Dereference(const Value& v);
+
 class Evaluator {
 public:
     using ScopePtr = std::shared_ptr<Scope>;
@@ -40,10 +61,26 @@ public:
     static Value FnDef(Interpreter& in, const ast::FnDef& n, const ScopePtr& scope);
     static Value Decl(Interpreter& in, const ast::Decl& n, const ScopePtr& scope);
     static Value Context(Interpreter& in, const ast::Context& n, const ScopePtr& scope);
+    static Value SetContext(Interpreter& in, const ast::SetContext& n, const ScopePtr& scope);
     static Value MaxCmd(Interpreter& in, const ast::MaxCmd& n, const ScopePtr& scope);
 
-    // Calls a scripted function (interpreter.cpp calls it for function values with a definition).
+    // ---- Change handlers (change_handlers.cpp) and definitions (eval_definitions.cpp).
+    static Value When(Interpreter& in, const ast::When& n, const ScopePtr& scope);
+    static Value Definition(Interpreter& in, const ast::Definition& n, const ScopePtr& scope);
+    // The script whose code runs now (definitions keep it alive for their functions and handlers).
+    static const std::shared_ptr<const ast::Program>& CurrentProgram(Interpreter& in) { return in.program_; }
+    // Makes p the running script and answers the one that ran before.
+    static std::shared_ptr<const ast::Program> SwapProgram(Interpreter& in, std::shared_ptr<const ast::Program> p) {
+        std::swap(in.program_, p);
+        return p;
+    }
+
+    // Calls a scripted function (interpreter.cpp calls it for function values with a definition). A mapped
+    // function given a collection first runs once per item and answers OK.
     static Value CallScripted(Interpreter& in, const FunctionData& fn, CallArgs& args);
+
+private:
+    static Value CallOnce(Interpreter& in, const FunctionData& fn, CallArgs& args);
 };
 
 }  // namespace hostrt::mxs

@@ -48,10 +48,20 @@ Interpreter& Interpreter::Shared() {
 Interpreter& Interpreter::Current() { return current ? *current : Shared(); }
 
 Value Interpreter::Execute(std::wstring_view source, const std::wstring& sourceName) {
-    return Run(Parse(source, sourceName));
+    auto program = std::make_shared<ast::Program>();
+    program->source = std::wstring(source);
+    program->sourceName = sourceName;
+    ScriptReader reader(program);
+    return RunTopLevel(program, [&reader]() { return reader.Next(); });
 }
 
 Value Interpreter::Run(const std::shared_ptr<ast::Program>& program) {
+    std::size_t i = 0;
+    const auto& body = program->top->body;
+    return RunTopLevel(program, [&]() -> const ast::Node* { return i < body.size() ? body[i++].get() : nullptr; });
+}
+
+template <class Next> Value Interpreter::RunTopLevel(const std::shared_ptr<ast::Program>& program, Next next) {
     struct Running {
         Interpreter& in;
         Interpreter* outer;
@@ -59,11 +69,13 @@ Value Interpreter::Run(const std::shared_ptr<ast::Program>& program) {
         std::wstring savedSource;
         Running(Interpreter& i, std::shared_ptr<const ast::Program> p)
             : in(i), outer(current), savedProgram(std::move(i.program_)), savedSource(i.sourceName_) {
+            if (in.running_++ == 0) in.stackBase_ = static_cast<const char*>(__builtin_frame_address(0));
             current = &in;
             in.sourceName_ = p->sourceName;
             in.program_ = std::move(p);
         }
         ~Running() {
+            if (--in.running_ == 0) in.stackBase_ = nullptr;
             current = outer;
             in.program_ = std::move(savedProgram);
             in.sourceName_ = std::move(savedSource);
@@ -77,7 +89,12 @@ Value Interpreter::Run(const std::shared_ptr<ast::Program>& program) {
         return e;
     };
     try {
-        return Eval(*program->top, nullptr);
+        Value last;
+        while (const ast::Node* node = next()) {
+            last = Eval(*node, nullptr);
+            lastResult_ = last;
+        }
+        return last;
     } catch (ReturnSignal& r) {
         return r.value;
     } catch (ExitSignal&) {

@@ -40,9 +40,12 @@ public:
     // The interpreter running a script right now (the innermost), else the shared one.
     static Interpreter& Current();
 
-    // Parses and runs a script and answers the value of its last expression. Errors are thrown as
-    // ScriptError carrying the source name, line, column and line text.
+    // Runs a script expression by expression and answers the value of its last expression. Each top-level
+    // expression is read and run before the next is read, so a syntax error stops the script where it is
+    // written, after what comes before it has run. Errors are thrown as ScriptError carrying the source
+    // name, line, column and line text.
     Value Execute(std::wstring_view source, const std::wstring& sourceName = L"");
+    // Runs a script parsed as a whole.
     Value Run(const std::shared_ptr<ast::Program>& program);
 
     // ---- Globals the scripts made (not the registered functions and system variables).
@@ -69,6 +72,13 @@ public:
     // The time of `at time`, else the host's current time (ticks).
     TimeValue Time() const;
     bool Animating() const { return animate_; }
+    // The coordinate system of `in coordsys` / `set coordsys`: #world, #local, #parent, #screen ... or a
+    // node value (its transform).
+    const Value& CoordSystem() const { return coordsys_; }
+    // The transform centre of `about`: #pivot, #selection, #center, #coordsys, or a node or point value.
+    const Value& TransformCentre() const { return about_; }
+    // The value of the last top-level expression (what `?` reads).
+    const Value& LastResult() const { return lastResult_; }
     // Where the expression being evaluated is written.
     int Line() const { return line_; }
     const std::wstring& SourceName() const { return sourceName_; }
@@ -91,9 +101,15 @@ public:
 
 private:
     friend class Evaluator;
+    // Evaluates top-level expressions as next hands them out (null at the end).
+    template <class Next> Value RunTopLevel(const std::shared_ptr<ast::Program>& program, Next next);
+
     std::unordered_map<std::wstring, Value> globals_;  // folded names
     std::optional<TimeValue> time_;
     bool animate_ = false;
+    Value coordsys_ = Value::Name(L"world");
+    Value about_ = Value::Name(L"pivot");
+    Value lastResult_;
     int line_ = 0;
     int depth_ = 0;
     std::shared_ptr<const ast::Program> program_;  // the script whose code runs now
@@ -104,6 +120,9 @@ private:
     std::vector<ScriptError> caught_;
     Interpreter* previous_ = nullptr;  // the interpreter that was current before this one ran
     int running_ = 0;
+    // Where the stack stood when the outermost script began: deep recursion stops while the stack still has
+    // room, also in builds whose frames are large.
+    const char* stackBase_ = nullptr;
 };
 
 }  // namespace hostrt::mxs

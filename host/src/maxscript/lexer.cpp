@@ -5,6 +5,7 @@
 #include "maxscript/errors.h"
 
 #include <cmath>
+#include <cstdint>
 #include <cwctype>
 
 namespace hostrt::mxs {
@@ -22,7 +23,6 @@ public:
     explicit Lexer(std::wstring_view src) : src_(src) {}
 
     std::vector<Token> Run() {
-        std::vector<Token> tokens;
         for (;;) {
             bool space = false;
             bool newline = false;
@@ -30,17 +30,20 @@ public:
             Token t;
             t.line = line_;
             t.column = column();
-            t.spaceBefore = space || tokens.empty();
+            t.spaceBefore = space || tokens_.empty();
             t.newlineBefore = newline;
             if (pos_ >= src_.size()) {
                 t.kind = Tok::End;
-                tokens.push_back(t);
-                return tokens;
+                tokens_.push_back(t);
+                return std::move(tokens_);
             }
             lexToken(t);
-            tokens.push_back(std::move(t));
+            tokens_.push_back(std::move(t));
         }
     }
+
+    // The tokens read before an error.
+    std::vector<Token> TakeTokens() { return std::move(tokens_); }
 
 private:
     wchar_t peek(std::size_t ahead = 0) const {
@@ -89,17 +92,19 @@ private:
                 // A backslash at the end of a line joins the next line to this one.
                 space = true;
                 advance();
-                while (peek() != L'\n') advance();
-                advance();
+                while (pos_ < src_.size() && peek() != L'\n') advance();
+                if (pos_ < src_.size()) advance();
             } else {
                 return;
             }
         }
     }
 
+    // A backslash with nothing but blanks, and perhaps a `--` comment, up to the end of its line.
     bool continuesLine() const {
         std::size_t p = pos_ + 1;
         while (p < src_.size() && (src_[p] == L' ' || src_[p] == L'\t' || src_[p] == L'\r')) ++p;
+        if (p + 1 < src_.size() && src_[p] == L'-' && src_[p + 1] == L'-') return true;
         return p < src_.size() && src_[p] == L'\n';
     }
 
@@ -119,52 +124,91 @@ private:
         if (peek() == L'0' && (peek(1) == L'x' || peek(1) == L'X')) {
             advance();
             advance();
-            long long v = 0;
+            unsigned long long v = 0;
             bool any = false;
             while (std::iswxdigit(wint_t(peek()))) {
                 const wchar_t d = peek();
-                v = v * 16 + (IsDigit(d) ? d - L'0' : (std::towlower(wint_t(d)) - L'a' + 10));
+                v = v * 16 + unsigned(IsDigit(d) ? d - L'0' : (std::towlower(wint_t(d)) - L'a' + 10));
                 any = true;
                 advance();
             }
             if (!any) fail(t.line, t.column, std::wstring(src_.substr(start, pos_ - start)), L"<hexadecimal digits>");
+            const bool wide = skipIntegerSuffix();
             t.kind = Tok::Integer;
-            t.number = double(std::int32_t(std::uint32_t(v)));
+            // 32-bit hexadecimal numbers wrap to negative integers; wider ones (with L or P) keep their value.
+            t.number = wide ? double(v) : double(std::int32_t(std::uint32_t(v)));
+            if (t.number > 2147483647.0) t.kind = Tok::Float;
             t.text = src_.substr(start, pos_ - start);
+            failOnIdentChar(t, start);
             return;
         }
-        bool isFloat = false;
-        while (IsDigit(peek())) advance();
-        if (peek() == L'.' && IsDigit(peek(1))) {
-            isFloat = true;
-            advance();
+        double ticks = 0;
+        bool timed = false;
+        for (;;) {
+            const std::size_t partStart = pos_;
+            bool isFloat = false;
             while (IsDigit(peek())) advance();
-        }
-        if ((peek() == L'e' || peek() == L'E') &&
-            (IsDigit(peek(1)) || ((peek(1) == L'+' || peek(1) == L'-') && IsDigit(peek(2))))) {
-            isFloat = true;
-            advance();
-            if (peek() == L'+' || peek() == L'-') advance();
-            while (IsDigit(peek())) advance();
-        }
-        t.text = src_.substr(start, pos_ - start);
-        t.number = std::wcstod(t.text.c_str(), nullptr);
-        // Time suffixes: frames, ticks, seconds, minutes.
-        const wchar_t s = wchar_t(std::towlower(wint_t(peek())));
-        if ((s == L'f' || s == L't' || s == L's' || s == L'm') && !IsIdentChar(peek(1))) {
-            advance();
-            const double perUnit = s == L'f'   ? GetTicksPerFrame()
-                                   : s == L't' ? 1.0
-                                   : s == L's' ? TIME_TICKSPERSEC
-                                               : 60.0 * TIME_TICKSPERSEC;
-            t.kind = Tok::Time;
-            t.number = std::round(t.number * perUnit);
+            if (peek() == L'.' && IsDigit(peek(1))) {
+                isFloat = true;
+                advance();
+                while (IsDigit(peek())) advance();
+            }
+            // Exponents: 1e5, and the double form 1.5d3 (d0 for no exponent).
+            const wchar_t e = peek();
+            if ((e == L'e' || e == L'E' || e == L'd' || e == L'D') &&
+                (IsDigit(peek(1)) || ((peek(1) == L'+' || peek(1) == L'-') && IsDigit(peek(2))))) {
+                isFloat = true;
+                advance();
+                if (peek() == L'+' || peek() == L'-') advance();
+                while (IsDigit(peek())) advance();
+            }
+            std::wstring digits(src_.substr(partStart, pos_ - partStart));
+            for (wchar_t& c : digits)
+                if (c == L'd' || c == L'D') c = L'e';
+            const double value = std::wcstod(digits.c_str(), nullptr);
+            // Time suffixes: minutes, seconds, frames, ticks, written one after the other (1m2s3f).
+            const wchar_t s = wchar_t(std::towlower(wint_t(peek())));
+            if (s == L'f' || s == L't' || s == L's' || s == L'm') {
+                const wchar_t after = peek(1);
+                if (!IsIdentChar(after) || IsDigit(after)) {
+                    advance();
+                    const double perUnit = s == L'f'   ? GetTicksPerFrame()
+                                           : s == L't' ? 1.0
+                                           : s == L's' ? TIME_TICKSPERSEC
+                                                       : 60.0 * TIME_TICKSPERSEC;
+                    ticks += value * perUnit;
+                    timed = true;
+                    if (IsDigit(peek())) continue;
+                    t.kind = Tok::Time;
+                    t.number = std::round(ticks);
+                    t.text = src_.substr(start, pos_ - start);
+                    failOnIdentChar(t, start);
+                    return;
+                }
+            }
+            if (timed) fail(t.line, t.column, std::wstring(src_.substr(start, pos_ - start + 1)), L"<time>");
             t.text = src_.substr(start, pos_ - start);
+            t.number = value;
+            // 1L (64-bit) and 1P (pointer-sized) integers.
+            if (!isFloat && skipIntegerSuffix()) t.text = src_.substr(start, pos_ - start);
+            failOnIdentChar(t, start);
+            t.kind = (isFloat || t.number > 2147483647.0) ? Tok::Float : Tok::Integer;
             return;
         }
+    }
+
+    bool skipIntegerSuffix() {
+        const wchar_t c = peek();
+        if ((c == L'L' || c == L'l' || c == L'P' || c == L'p') && !IsIdentChar(peek(1))) {
+            advance();
+            return true;
+        }
+        return false;
+    }
+
+    void failOnIdentChar(const Token& t, std::size_t start) {
         if (IsIdentChar(peek()))
             fail(t.line, t.column, std::wstring(src_.substr(start, pos_ - start + 1)), L"<number>");
-        t.kind = (isFloat || t.number > 2147483647.0) ? Tok::Float : Tok::Integer;
     }
 
     void lexVerbatim(Token& t) {
@@ -244,6 +288,11 @@ private:
 
     void lexHash(Token& t) {
         advance();
+        // `# (` and `# {` with blanks between are still array and bit-array literals.
+        std::size_t ahead = 0;
+        while (peek(ahead) == L' ' || peek(ahead) == L'\t') ++ahead;
+        if (ahead > 0 && (peek(ahead) == L'(' || peek(ahead) == L'{'))
+            for (std::size_t i = 0; i < ahead; ++i) advance();
         if (peek() == L'(' || peek() == L'{') {
             t.kind = Tok::Punct;
             t.text = std::wstring(L"#") + peek();
@@ -277,7 +326,7 @@ private:
     }
 
     void lexPunct(Token& t) {
-        static const wchar_t* const twoChar[] = {L"==", L"!=", L"<=", L">=", L"+=", L"-=", L"*=", L"/=", L".."};
+        static const wchar_t* const twoChar[] = {L"==", L"!=", L"<=", L">=", L"+=", L"-=", L"*=", L"/=", L"..", L"::"};
         for (const wchar_t* op : twoChar) {
             if (peek() == op[0] && peek(1) == op[1]) {
                 t.kind = Tok::Punct;
@@ -296,6 +345,7 @@ private:
     }
 
     std::wstring_view src_;
+    std::vector<Token> tokens_;
     std::size_t pos_ = 0;
     std::size_t lineStart_ = 0;
     int line_ = 1;
@@ -304,6 +354,27 @@ private:
 }  // namespace
 
 std::vector<Token> Tokenize(std::wstring_view source) { return Lexer(source).Run(); }
+
+LexResult TokenizeLenient(std::wstring_view source) {
+    LexResult result;
+    Lexer lexer(source);
+    try {
+        result.tokens = lexer.Run();
+    } catch (ScriptError& e) {
+        result.tokens = lexer.TakeTokens();
+        Token stop;
+        stop.kind = Tok::Error;
+        stop.line = e.Line();
+        stop.column = e.Column();
+        stop.spaceBefore = true;
+        Token end = stop;
+        end.kind = Tok::End;
+        result.tokens.push_back(stop);
+        result.tokens.push_back(end);
+        result.error = std::make_unique<ScriptError>(std::move(e));
+    }
+    return result;
+}
 
 std::wstring SourceLine(std::wstring_view source, int line) {
     std::size_t start = 0;

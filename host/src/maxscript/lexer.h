@@ -3,6 +3,9 @@
 // passes a point).
 #pragma once
 
+#include "maxscript/errors.h"
+
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,7 +22,8 @@ enum class Tok {
     Ident,    // identifiers and reserved words (text as written)
     Keyword,  // `name:` (text without ':')
     Path,     // $name, $name*, $ (text without '$')
-    Punct,    // ( ) [ ] { } , ; . : = += -= *= /= == != < <= > >= + - * / ^ #( #{ ..
+    Punct,    // ( ) [ ] { } , ; . : :: = += -= *= /= == != < <= > >= + - * / ^ & ? #( #{ ..
+    Error,    // where a lenient run stopped on text that is no token (the error is kept beside the tokens)
 };
 
 struct Token {
@@ -40,6 +44,15 @@ struct Token {
 // Tokenises the whole text; throws ScriptError (syntax) for an unterminated string or comment or a stray
 // character. The last token is End.
 std::vector<Token> Tokenize(std::wstring_view source);
+
+// Tokenises as far as the text reads. When it meets text that is no token, the tokens end with an Error
+// token at that place (then End) and error holds the syntax error, so that a runner can run what comes
+// before it first.
+struct LexResult {
+    std::vector<Token> tokens;
+    std::unique_ptr<ScriptError> error;  // null when the whole text reads
+};
+LexResult TokenizeLenient(std::wstring_view source);
 
 // The text of line n (1-based) of source, without its line break.
 std::wstring SourceLine(std::wstring_view source, int line);

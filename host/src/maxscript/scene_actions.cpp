@@ -1,10 +1,12 @@
 // The action manager as scripts reach it (actionMan): the host runs the actions of its main table by their
-// persistent ids. Only the actions that scripts and plug-ins use are known; any other id answers false.
+// persistent ids, and macroScripts from the macro table by their ids. Only the main actions that scripts and
+// plug-ins use are known; any other id answers false.
 #include "maxscript/scene_values.h"
 
 #include "hold.h"
 #include "maxscript/builtins.h"
 #include "maxscript/convert.h"
+#include "maxscript/definitions.h"
 #include "maxscript/errors.h"
 #include "maxscript/interpreter.h"
 #include "maxscript/registry.h"
@@ -31,12 +33,13 @@ public:
     std::wstring ClassName() const override { return L"Interface"; }
     std::wstring Describe() const override { return L"<Interface:actionMan>"; }
     std::optional<Value> GetProperty(CallContext&, const std::wstring& name) override {
-        if (EqualsNoCase(name, L"numActionTables")) return Value::Int(1);
+        if (EqualsNoCase(name, L"numActionTables")) return Value::Int(2);
         if (EqualsNoCase(name, L"executeAction"))
-            return NativeFunction(name, [](CallContext&, CallArgs& args) {
+            return NativeFunction(name, [](CallContext& ctx, CallArgs& args) {
                 CheckArgCount(L"executeAction", args, 2);
                 const int table = ToInt(args.positional[0]);
                 const std::wstring id = ToText(args.positional[1]);
+                if (table == kMacroScriptActionTable) return Value::Bool(RunMacroAction(ctx, id));
                 if (table != 0) return Value::Bool(false);
                 auto it = MainActions().find(id);
                 return Value::Bool(it != MainActions().end() && it->second());

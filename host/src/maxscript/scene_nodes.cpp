@@ -69,11 +69,25 @@ bool Is(const std::wstring& name, std::initializer_list<const wchar_t*> names) {
     return false;
 }
 
+// The transform of the coordinate system `in coordsys` chose for positions of node: the world (identity),
+// the node's parent, the node itself (local) or another node.
+Matrix3 CoordSystemTM(CallContext& ctx, INode* node, TimeValue t) {
+    const Value& cs = ctx.interp.CoordSystem();
+    if (cs.Is(Kind::Name)) {
+        if (EqualsNoCase(cs.Text(), L"parent")) return node->GetParentTM(t);
+        if (EqualsNoCase(cs.Text(), L"local")) return node->GetNodeTM(t);
+        return Matrix3(TRUE);
+    }
+    if (INode* other = AsNode(cs)) return other->GetNodeTM(t);
+    return Matrix3(TRUE);
+}
+
 std::optional<Value> GetNodeProperty(CallContext& ctx, INode* node, const std::wstring& name) {
     const TimeValue t = ctx.interp.Time();
     if (Is(name, {L"name"})) return Value::String(node->GetName());
     if (Is(name, {L"handle", L"inode"})) return Value::Int(int(node->GetHandle()));
-    if (Is(name, {L"pos", L"position"})) return Value::P3(node->GetNodeTM(t).GetTrans());
+    if (Is(name, {L"pos", L"position"}))
+        return Value::P3(node->GetNodeTM(t).GetTrans() * Inverse(CoordSystemTM(ctx, node, t)));
     if (Is(name, {L"rotation"})) return QuatValue(MatrixToQuat(Decompose(node->GetNodeTM(t)).rotation));
     if (Is(name, {L"scale"})) return Value::P3(Decompose(node->GetNodeTM(t)).scale);
     if (Is(name, {L"transform"})) return Value::Matrix(node->GetNodeTM(t));
@@ -135,7 +149,7 @@ bool SetNodeProperty(CallContext& ctx, INode* node, const std::wstring& name, co
             TransformParts parts = Decompose(node->GetNodeTM(t));
             if (Is(name, {L"rotation"})) parts.rotation = RotationOf(QuatArg(v));
             else if (Is(name, {L"scale"})) parts.scale = ToPoint3(v);
-            else parts.position = ToPoint3(v);
+            else parts.position = ToPoint3(v) * CoordSystemTM(ctx, node, t);
             tm = Compose(parts);
             // A transform with separate tracks gets the one part set, so animating a position keys only it.
             Control* c = node->GetTMController();

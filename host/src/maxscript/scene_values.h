@@ -51,6 +51,8 @@ public:
     std::optional<Value> GetProperty(CallContext& ctx, const std::wstring& name) override;
     std::optional<Value> GetIndex(CallContext& ctx, const Value& index) override;
     std::optional<std::vector<Value>> Items(CallContext& ctx) override;
+    // `selection.wirecolor = red` sets every node's.
+    bool MapsPropertyAssignment() const override { return true; }
 
 private:
     Which which_;

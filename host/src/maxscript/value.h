@@ -181,6 +181,17 @@ public:
     virtual std::optional<std::vector<Value>> Items(CallContext& ctx) { return std::nullopt; }
     // `deleteItem obj index`; false when the object has no such item or deletes none.
     virtual bool DeleteItem(CallContext& ctx, const Value& index) { return false; }
+    // Objects that scripts call like functions (a struct definition makes an instance).
+    virtual bool Callable() const { return false; }
+    virtual std::optional<Value> Call(CallContext& ctx, CallArgs& args) { return std::nullopt; }
+    // What classOf answers (a struct instance: its definition); nullopt: a class named after ClassName.
+    virtual std::optional<Value> ClassValue() { return std::nullopt; }
+    // What copy answers; nullopt: the object itself.
+    virtual std::optional<Value> Copy(CallContext& ctx) { return std::nullopt; }
+    // The names of the properties scripts can read (for listings such as getPropNames).
+    virtual std::vector<std::wstring> PropertyNames() const { return {}; }
+    // Whether property assignment to the object goes to each of its items (`$box*.wirecolor = red`).
+    virtual bool MapsPropertyAssignment() const { return false; }
 };
 
 // Case-insensitive comparison and folding of identifiers.
