@@ -16,7 +16,7 @@ class ModContext;
 class Object;
 class RefBase;
 class RefNode;
-class VandrelsHelper;
+class RecordOwner;
 
 // Override state bits, in the order diagnostics print them.
 enum RefAnimOverride : std::uint8_t {
@@ -51,7 +51,7 @@ public:
     // The owner when it is a node record, else null; and that record's node.
     RefNode* GetOwnerNodeRecord();
     INode* GetOwnerNode();
-    VandrelsHelper* GetHelper();
+    RecordOwner* GetHelper();
 
     // The name path; the record takes the strings over (and frees the ones it had).
     void SetPath(const Tab<WStr*>& names);
@@ -165,7 +165,7 @@ public:
     virtual void PromoteToParent(Animatable* root);
 
     // Helper services (anims/ref_anim_services.cpp); nothing without a helper.
-    // The helper makes a node record for node (see VandrelsHelper::AdoptNode).
+    // The helper makes a node record for node (see RecordOwner::AdoptNode).
     virtual void AdoptNode(INode* node, const MCHAR* name);
     // The helper forgets name from its list of locally deleted nodes (undoable).
     virtual void ForgetHelperName(const MCHAR* name);

@@ -1,7 +1,7 @@
 #include "helper/helper_bulk_operations.h"
 
 #include "helper/collect_pass.h"
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "helper/vandrels_helper.h"
 #include "imtl.h"
 #include "inode.h"

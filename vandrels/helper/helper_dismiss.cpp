@@ -1,7 +1,7 @@
 // Dismissing a reference: its content, records and lists go; the helper stays, empty. Deleting a helper's node
 // dismisses its reference first (scene_events.cpp).
 #include "helper/helper_error_report.h"
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "helper/reference_batch.h"
 #include "helper/vandrels_helper.h"
 #include "hold.h"

@@ -3,7 +3,7 @@
 #include "helper/vandrels_helper.h"
 #include "inode.h"
 #include "maxexception.h"
-#include "ui/error_report.h"
+#include "helper/error_report.h"
 
 #include <cstdio>
 

@@ -8,7 +8,7 @@
 #include "helper/layer_monitoring.h"
 #include "helper/load_work.h"
 #include "helper/merge_reference_file.h"
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "helper/name_increment.h"
 #include "helper/record_slots.h"
 #include "helper/reference_batch.h"
@@ -27,8 +27,8 @@
 #include "records/ref_node.h"
 #include "records/scene_utils.h"
 #include "resource.h"
-#include "script/settings.h"
-#include "ui/dup_names_dialog.h"
+#include "frame/settings.h"
+#include "helper/dup_names_dialog.h"
 #include "winshim.h"
 
 #include <cstdio>

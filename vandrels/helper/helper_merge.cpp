@@ -1,6 +1,6 @@
 // Making a reference local: its content stays in the scene as ordinary nodes, materials and layers; the records
 // and the helper go.
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "helper/vandrels_helper.h"
 #include "hold.h"
 #include "inode.h"

@@ -2,7 +2,7 @@
 // reference operations.
 #include "helper/helper_params.h"
 #include "helper/layer_monitoring.h"
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "helper/vandrels_helper.h"
 #include "hold.h"
 #include "inode.h"

@@ -3,7 +3,7 @@
 #include "assetmanagement.h"
 #include "frame/module.h"
 #include "helper/helper_params.h"
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "helper/vandrels_helper.h"
 #include "imtl.h"
 #include "inode.h"

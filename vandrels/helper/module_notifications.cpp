@@ -1,6 +1,6 @@
 #include "helper/module_notifications.h"
 
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "helper/render_switch.h"
 #include "helper/scene_events.h"
 #include "helper/scene_save.h"

@@ -8,6 +8,7 @@
 #include "helper/helper_params.h"
 #include "helper/vandrels_helper_interface.h"
 #include "iparamb2.h"
+#include "records/record_owner.h"
 #include "object.h"
 
 #include <cstdint>
@@ -28,7 +29,7 @@ class ISave;
 // The asset type of the helper's two file names.
 #define VH_FILE_ASSET_TYPE 7
 
-class VandrelsHelper : public HelperObject, public VandrelsHelperInterface {
+class VandrelsHelper : public HelperObject, public VandrelsHelperInterface, public RecordOwner {
 public:
     IObjParam* editInterface = nullptr;   // while edited in the command panel
     HWND rolloutWindow = nullptr;         // the parameter rollout's window while edited
@@ -55,6 +56,8 @@ public:
     // Whether obj is a reference helper; the helper itself or null.
     static bool IsVandrelsHelper(Object* obj);
     static VandrelsHelper* FromObject(Object* obj);
+    // The helper behind a record's owner (every record owner is a helper); null for null.
+    static VandrelsHelper* FromOwner(RecordOwner* owner) { return static_cast<VandrelsHelper*>(owner); }
 
     // Identity.
     Class_ID ClassID() override { return VANDRELS_HELPER_CLASS_ID; }
@@ -113,21 +116,21 @@ public:
 
     // Services records call on their helper.
     // The helper node's name while UseNamePrefix is on, else empty.
-    WStr GetNamePrefix();
-    BOOL GetPersistRef();
-    DWORD GetPassCounter() const { return passCounter; }
-    void RegisterWithHelper(RefAnim* record) { pendingRecords.Append(record); }
+    WStr GetNamePrefix() override;
+    BOOL GetPersistRef() override;
+    DWORD GetPassCounter() const override { return passCounter; }
+    void RegisterWithHelper(RefAnim* record) override { pendingRecords.Append(record); }
     // Makes node one of the reference's nodes: a new node record, named name in the reference file (an
     // override of the name) or, without name, by the node's own name; that name leaves nodesToDelete and the
     // node's dependents hear of the adoption. Null, changing nothing, for no node or a node that has a record.
-    RefNode* AdoptNode(INode* node, const MCHAR* name);
+    RefNode* AdoptNode(INode* node, const MCHAR* name) override;
     // Whether a render must reload the helper: it holds loaded nested content that may switch, or its proxy
     // settings for viewport and render differ.
     bool NeedsRenderSwitching();
     // True while a merge is in progress or when the helper's node is not under the open scene's own root.
-    bool IsNested();
+    bool IsNested() override;
     // Deletes every entry equal to name from nodesToDelete (undoable while the hold is holding).
-    void ForgetName(const MCHAR* name);
+    void ForgetName(const MCHAR* name) override;
     // The helper's node (the first node whose object is this helper); null when none.
     INode* GetNode();
 

@@ -2,8 +2,8 @@
 
 #include "frame/class_desc.h"
 #include "frame/module.h"
-#include "helper/module_state.h"
-#include "helper/vandrels_helper.h"
+#include "frame/module_state.h"
+#include "records/record_owner.h"
 #include "hold.h"
 #include "imtl.h"
 #include "ioapi.h"
@@ -35,7 +35,7 @@ MSTR Prefixed(const MSTR& prefix, const MSTR& name) { return prefix.isNull() ? n
 
 // ------------------------------------------------------------------------------------------ construction
 
-RefMaterial::RefMaterial(Mtl* mtl, VandrelsHelper* helper) {
+RefMaterial::RefMaterial(Mtl* mtl, RecordOwner* helper) {
     SetHelper(helper);
     runInErrorFrame(L"Error Creating RefMaterial", L"Unknown Error Creating RefMaterial", [&] {
         ReplaceReference(0, mtl);
@@ -194,7 +194,7 @@ RefResult RefMaterial::NotifyRefChanged(const Interval& changeInt, RefTargetHand
 }
 
 BOOL RefMaterial::IsRealDependency(ReferenceTarget* target) {
-    VandrelsHelper* helper = GetHelper();
+    RecordOwner* helper = GetHelper();
     if (helper && helper->GetPersistRef()) return TRUE;
     if (!target || target != GetTarget()) return RefBase::IsRealDependency(target);
     if (!vandrels::AreRecordsInessential()) return TRUE;

@@ -2,8 +2,8 @@
 
 #include "anims/ref_anim.h"
 #include "frame/module.h"
-#include "helper/module_state.h"
-#include "helper/vandrels_helper.h"
+#include "frame/module_state.h"
+#include "records/record_owner.h"
 #include "hold.h"
 #include "imtl.h"
 #include "inode.h"
@@ -43,7 +43,7 @@ int HandleOf(Animatable* item) { return item ? int(Animatable::GetHandleByAnim(i
 
 RefNode::RefNode() { registerNotifications(); }
 
-RefNode::RefNode(INode* node, VandrelsHelper* helper) {
+RefNode::RefNode(INode* node, RecordOwner* helper) {
     SetHelper(helper);
     registerNotifications();
     runInErrorFrame(L"Error Creating RefNode", L"Unknown Error Creating RefNode", [&] {
@@ -225,7 +225,7 @@ void RefNode::Collect() {
     runInErrorFrame(L"Error Collecting RefNode", L"Unknown Error Collecting RefNode", [&] {
         nodeLoadedAtCollect_ = nodeLoaded_;
         if (!nodeLoaded_) return;
-        VandrelsHelper* helper = GetHelper();
+        RecordOwner* helper = GetHelper();
         if (!(vandrels::GetOperationMode() == vandrels::kModeSaving && helper && helper->GetPersistRef()))
             nodeLoaded_ = 0;
         INode* node = GetNode();

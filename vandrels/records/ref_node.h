@@ -73,7 +73,7 @@ public:
     RefNode();
     // A record for node owned by helper: it takes the node's name as its reference name and builds its modifier
     // mirrors and animatable records. Throws MAXException ("Error Creating RefNode") when that fails.
-    RefNode(INode* node, VandrelsHelper* helper);
+    RefNode(INode* node, RecordOwner* helper);
     ~RefNode() override;
 
     Class_ID ClassID() override { return REFNODE_CLASS_ID; }

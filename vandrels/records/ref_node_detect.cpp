@@ -1,6 +1,6 @@
 // The node record's detection of local edits: the reference messages of its node (and of the helper's scene
 // events, sent as the library's node messages) set override bits and store the local values.
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "hold.h"
 #include "ilayer.h"
 #include "imtl.h"

@@ -1,7 +1,7 @@
 // The node record's modifier mirrors: building them from the node's stacks, taking over the change entries of
 // a node that shares a derived object, their references, cloning, the resets and the diagnostics lines.
-#include "helper/module_state.h"
-#include "helper/vandrels_helper.h"
+#include "frame/module_state.h"
+#include "records/record_owner.h"
 #include "inode.h"
 #include "maxexception.h"
 #include "object.h"

@@ -7,7 +7,7 @@
 #include "inode.h"
 #include "maxapi.h"
 #include "object.h"
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "records/exclusion_lists.h"
 #include "records/node_messages.h"
 #include "records/pending_selection_sets.h"

@@ -1,5 +1,5 @@
 // The "Reference Error" report: composes the text, and shows it in dialog 132 unless the host is quiet.
-#include "ui/error_report.h"
+#include "helper/error_report.h"
 
 #include "frame/module.h"
 #include "maxapi.h"
