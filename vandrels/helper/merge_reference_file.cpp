@@ -114,12 +114,12 @@ void RunMerge(VandrelsHelper* helper, const MSTR& path, Tab<INode*>& mergedNodes
         MtlBaseLib* lib;
         Tab<MtlBase*> kept;
         ~SceneMaterials() {
-            helper->DeleteReference(VH_SCENE_MTLS_REF);
+            helper->DeleteReference(HelperSlots::kSceneMaterials);
             for (MtlBase* mtl : kept) lib->Add(mtl);
         }
     } materials{helper, ip->GetSceneMtls(), {}};
     materials.kept = TakeSceneMaterials(materials.lib);
-    helper->ReplaceReference(VH_SCENE_MTLS_REF, materials.lib);
+    helper->ReplaceReference(HelperSlots::kSceneMaterials, materials.lib);
     step = IDS_STEP_MERGE_SCENE_MTLS;
 
     std::vector<INode*> marked;
@@ -135,7 +135,7 @@ void RunMerge(VandrelsHelper* helper, const MSTR& path, Tab<INode*>& mergedNodes
     step = IDS_STEP_MERGE_MERGED;
     CollectUnmarked(ip->GetRootNode(), mergedNodes);
     UnmarkScene(marked);
-    helper->DeleteReference(VH_SCENE_MTLS_REF);
+    helper->DeleteReference(HelperSlots::kSceneMaterials);
 
     // A helper inside an externally referenced scene puts the content under that scene's root.
     INode* helperNode = helper->GetNode();

@@ -6,6 +6,7 @@
 #include "frame/class_ids.h"
 #include "helper/helper_layers.h"
 #include "helper/helper_params.h"
+#include "helper/helper_slots.h"
 #include "helper/vandrels_helper_interface.h"
 #include "iparamb2.h"
 #include "records/record_owner.h"
@@ -19,12 +20,6 @@ class RefNode;
 class RefMaterial;
 class ILoad;
 class ISave;
-
-// Reference layout: 0 the parameter block, 1 the scene material library while a merge runs, then the node
-// records, the material records and the layers.
-#define VH_PBLOCK_REF 0
-#define VH_SCENE_MTLS_REF 1
-#define VH_FIRST_RECORD_REF 2
 
 // The asset type of the helper's two file names.
 #define VH_FILE_ASSET_TYPE 7
@@ -74,7 +69,10 @@ public:
     // Brings PersistReloadType in step with ReloadIfChanged (a reload type of 2 is left alone).
     void ReconcileReloadParameters();
 
-    // References and sub-anims.
+    // References and sub-anims, in the layout of helper_slots.h.
+    vandrels::HelperSlots Slots() const {
+        return vandrels::HelperSlots(refNodes.Count(), refMaterials.Count(), refLayers.Count());
+    }
     int NumRefs() override;
     RefTargetHandle GetReference(int i) override;
     void SetReference(int i, RefTargetHandle rtarg) override;
@@ -84,7 +82,7 @@ public:
     int NumSubs() override { return 1; }
     Animatable* SubAnim(int i) override { return i == 0 ? pblock : nullptr; }
     MSTR SubAnimName(int i, bool = true) override { return i == 0 ? MSTR(L"pblock") : MSTR(); }
-    int SubNumToRefNum(int subNum) override { return subNum == 0 ? VH_PBLOCK_REF : -1; }
+    int SubNumToRefNum(int subNum) override { return subNum == 0 ? vandrels::HelperSlots::kParamBlock : -1; }
     Interval ObjectValidity(TimeValue) override { return FOREVER; }
 
     // Command panel, creation, assets, cloning, saving.

@@ -148,7 +148,7 @@ void RefNode::onParentChanged(INode* node) {
         stored = parentRecord ? static_cast<ReferenceTarget*>(parentRecord) : parent;
     }
     SetOverrideFlags(kNodeParent, kNodeParent);
-    ReplaceReference(parentRef(), stored);
+    ReplaceReference(Slots().Parent(), stored);
     // The node keeps its place in the world under the new parent.
     const TimeValue t = GetCOREInterface()->GetTime();
     Matrix3 tm = node->GetNodeTM(t);
@@ -167,7 +167,7 @@ void RefNode::onLayerChanged(INode* node) {
     if (ownStep) theHold.Begin();
     try {
         SetOverrideFlags(kNodeLayer, kNodeLayer);
-        ReplaceReference(layerRef(), node->GetLayer());
+        ReplaceReference(Slots().Layer(), node->GetLayer());
     } catch (...) {
         if (ownStep) theHold.Cancel();
         throw;
