@@ -1,5 +1,6 @@
 #include "helper/merge_reference_file.h"
 
+#include "frame/record_failure.h"
 #include "assetmanagement.h"
 #include "frame/module.h"
 #include "helper/helper_params.h"
@@ -188,12 +189,10 @@ int MergeReferenceFile(VandrelsHelper* helper, const MSTR& path, Tab<INode*>& me
         delete stack[stack.Count() - 1];
         stack.Delete(stack.Count() - 1, 1);
     };
+    // The step line is written even before the first step word.
     auto compose = [&step](const MCHAR* words, const MAXException* cause) {
-        MSTR message(words);
-        message += L"\nLastOperation: ";
-        if (step) message += GetStringCopy(step);
-        if (cause) message += L"\n\n" + cause->message;
-        return message;
+        return RecordFailure{words, std::nullopt, step ? GetStringCopy(step) : MSTR(), RecordFailure::CauseOf(cause)}
+            .ToString();
     };
     try {
         RunMerge(helper, path, mergedNodes, step);

@@ -1,5 +1,6 @@
 #include "records/ref_base.h"
 
+#include "frame/record_failure.h"
 #include "anims/classifier.h"
 #include "anims/ref_anim.h"
 #include "anims/ref_anim_factory.h"
@@ -77,26 +78,20 @@ bool StartsWith(const Tab<int>& path, const Tab<int>& prefix) {
 
 // The failure of one animatable record, thrown on with the record's description.
 [[noreturn]] void ThrowRecordFailure(const MCHAR* text, RefAnim* record, const MAXException* cause) {
-    MSTR message = text;
-    message += L"\n";
+    MSTR description;
     try {
-        message += record->GetInfo();
+        description = record->GetInfo();
     } catch (...) {
-        message += record->GetTypeName();
+        description = record->GetTypeName();
     }
-    if (cause) message += L"\n\n" + cause->message;
-    throw MAXException(message, 0);
+    vandrels::RecordFailure{text, description, std::nullopt, vandrels::RecordFailure::CauseOf(cause)}.Throw();
 }
 
 // Runs one operation of an animatable record; a failure becomes the owner's report with the given texts.
 template <class Op> void RunRecordStep(RefAnim* record, const MCHAR* text, const MCHAR* unknownText, Op op) {
-    try {
-        op();
-    } catch (const MAXException& e) {
-        ThrowRecordFailure(text, record, &e);
-    } catch (...) {
-        ThrowRecordFailure(unknownText, record, nullptr);
-    }
+    vandrels::RunInErrorFrame(text, unknownText, op, [record](const MCHAR* words, const MAXException* cause) {
+        ThrowRecordFailure(words, record, cause);
+    });
 }
 
 }  // namespace

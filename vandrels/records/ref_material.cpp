@@ -1,5 +1,6 @@
 #include "records/ref_material.h"
 
+#include "frame/record_failure.h"
 #include "frame/class_desc.h"
 #include "frame/module.h"
 #include "frame/module_state.h"
@@ -62,28 +63,22 @@ MSTR RefMaterial::SubAnimName(int i, bool) { return i == 0 ? MSTR(L"Material") :
 // ------------------------------------------------------------------------------------------ failures
 
 template <class Op> void RefMaterial::runInErrorFrame(const MCHAR* words, const MCHAR* unknownWords, Op op) {
-    try {
-        op();
-    } catch (const MAXException& e) {
-        fail(words, &e);
-    } catch (...) {
-        fail(unknownWords, nullptr);
-    }
+    vandrels::RunInErrorFrame(words, unknownWords, op,
+                              [this](const MCHAR* failed, const MAXException* cause) { fail(failed, cause); });
 }
 
 void RefMaterial::fail(const MCHAR* words, const MAXException* cause) {
-    MSTR message = words;
-    message += L"\n";
+    MSTR description;
     try {
-        message += GetInfo();
+        description = GetInfo();
     } catch (...) {
         Mtl* mtl = GetMaterial();
-        message += mtl ? mtl->GetName() : MSTR(L"Unknown Name");
+        description = mtl ? mtl->GetName() : MSTR(L"Unknown Name");
     }
+    const vandrels::RecordFailure failure{words, description, std::nullopt, vandrels::RecordFailure::CauseOf(cause)};
     SetBusy(0);
     DeleteReference(0);
-    if (cause) message += L"\n\n" + cause->message;
-    throw MAXException(message, 0);
+    failure.Throw();
 }
 
 // ------------------------------------------------------------------------------------------ protocol

@@ -1,5 +1,6 @@
 #include "records/ref_node.h"
 
+#include "frame/record_failure.h"
 #include "anims/ref_anim.h"
 #include "frame/module.h"
 #include "frame/module_state.h"
@@ -111,19 +112,18 @@ void RefNode::runInErrorFrame(const MCHAR* words, const MCHAR* unknownWords, con
 }
 
 void RefNode::fail(const MCHAR* words, int step, const MAXException* cause) {
-    MSTR message = words;
-    message += L"\n";
+    MSTR description;
     try {
-        message += GetInfo();
+        description = GetInfo();
     } catch (...) {
         INode* node = GetNode();
-        message += node ? MSTR(node->GetName()) : MSTR(L"Unknown Name");
+        description = node ? MSTR(node->GetName()) : MSTR(L"Unknown Name");
     }
-    if (step) message += MSTR(L"\nLastOperation: ") + GetStringCopy(step);
+    const vandrels::RecordFailure failure{words, description, vandrels::RecordFailure::StepOf(step),
+                                          vandrels::RecordFailure::CauseOf(cause)};
     SetBusy(0);
     DeleteReference(0);
-    if (cause) message += L"\n\n" + cause->message;
-    throw MAXException(message, 0);
+    failure.Throw();
 }
 
 // ------------------------------------------------------------------------------------------ references
