@@ -1,4 +1,4 @@
-// The duplicated-names warning (dialog 131): the list text, the automatic warning after a load and the helper's
+// The duplicated-names warning (IDD_DUPLICATED_NAMES): the list text, the automatic warning after a load and the helper's
 // own "show duplicated names".
 #include "helper/dup_names_dialog.h"
 
@@ -17,7 +17,7 @@ namespace vandrels {
 
 namespace {
 
-// What one run of dialog 131 shows and what the user answered.
+// What one run of IDD_DUPLICATED_NAMES shows and what the user answered.
 struct DupNamesDialogState {
     MSTR list;
     MSTR helperName;

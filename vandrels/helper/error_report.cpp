@@ -1,4 +1,4 @@
-// The "Reference Error" report: composes the text, and shows it in dialog 132 unless the host is quiet.
+// The "Reference Error" report: composes the text, and shows it in IDD_REFERENCE_ERROR unless the host is quiet.
 #include "helper/error_report.h"
 
 #include "frame/record_failure.h"

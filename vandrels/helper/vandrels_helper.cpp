@@ -26,7 +26,7 @@ public:
     void* Create(BOOL loading) override { return new VandrelsHelper(loading); }
 };
 
-// 149: a layer is about to leave the scene; the helper whose layer it is lets go of it.
+// NOTIFY_LAYER_DELETED: a layer is about to leave the scene; the helper whose layer it is lets go of it.
 void OnLayerDeletedProc(void* param, NotifyInfo* info) {
     if (param && info && info->callParam)
         static_cast<VandrelsHelper*>(param)->OnLayerDeleted(static_cast<ILayer*>(info->callParam));
