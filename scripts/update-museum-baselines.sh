@@ -26,4 +26,7 @@ if [ $# -gt 0 ]; then
   pattern="^museum/(${names%|})\$"
 fi
 MUSEUM_UPDATE=1 ctest --test-dir "$build" -R "$pattern" --no-tests=error --output-on-failure
-echo "Review the changes with: git diff -- tests/museum"
+if git -C "$root" rev-parse --git-dir > /dev/null 2>&1; then
+  echo "Baselines that differ from the last commit (review them with git diff -- tests/museum):"
+  git -C "$root" status --short -- 'tests/museum/*/baseline.txt'
+fi
