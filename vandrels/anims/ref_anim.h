@@ -3,6 +3,7 @@
 // user changed on it locally. The kinds of animatable records derive from it (anims/ref_anim_family.h).
 #pragma once
 
+#include "anims/record_codes.h"
 #include "anims/ref_anim_interface.h"
 #include "frame/class_ids.h"
 #include "ref.h"
@@ -107,7 +108,7 @@ public:
     bool IsPathTaken(Animatable* anim, const Tab<int>& numbers);
 
     // A plain record: one whose type is the generic code of its class.
-    virtual bool IsGeneric() { return GetType() == 0x00010001; }
+    virtual bool IsGeneric() { return GetType() == kCodePlain; }
     // Answers 0 to keep the record, 1 to drop it, 2 to keep it with the reference's original put back live.
     virtual int ResetOverrides(DWORD mask);
     // Whether local (non-referenced) scene content uses anim; cached per pass on anim (LocDepFlag).

@@ -1,5 +1,6 @@
 #include "records/ref_base.h"
 
+#include "anims/record_codes.h"
 #include "frame/record_failure.h"
 #include "anims/classifier.h"
 #include "anims/ref_anim.h"
@@ -37,8 +38,6 @@ constexpr PartID kPartDeferred = 214;
 // A query from another target: the record answers with its target in the part slot.
 constexpr RefMessage kMsgTargetQuery = 0x8663DFA8;
 constexpr SClass_ID kCustAttribSuperClass = 0x1160;
-constexpr std::uint32_t kCodePlainRecord = 0x00010001;
-constexpr std::uint32_t kCodeCustAttribRecord = 0x00030007;
 constexpr std::uint32_t kKindListCtrl = 0x0008;
 // Descent stops once a path holds this many names.
 constexpr int kMaxPathNames = 100;
@@ -154,7 +153,7 @@ struct RefBaseWalk {
         const bool make = !(code & kCodeNoRescanRecord) &&
                           (code == kCodeNoRecord || (code & (kCodeMakeRecord | kCodeCountReplaced)));
         if (make) {
-            const std::uint32_t kind = (code & kCodeKindOnReplace) ? code : kCodePlainRecord;
+            const std::uint32_t kind = (code & kCodeKindOnReplace) ? code : kCodePlain;
             record.CreateRefAnim(kind, anim, CopyNames(names), numbers, kOverrideReplaced);
         }
         int count = CountSubAnims(anim, parent);
@@ -223,7 +222,7 @@ struct RefBaseWalk {
             Animatable* sub = liveSub(at, name);
             if (sub && sub->SuperClassID() == kCustAttribSuperClass && names.Count() < kMaxPathNames) {
                 push(name, at);
-                record.CreateRefAnim(kCodeCustAttribRecord, sub, CopyNames(names), numbers, kOverrideAdded);
+                record.CreateRefAnim(kCodeCA, sub, CopyNames(names), numbers, kOverrideAdded);
                 pop();
             }
             return;
@@ -235,7 +234,7 @@ struct RefBaseWalk {
             RefSubAnim* gone = node->children[at];
             if (gone && gone->superClass == kCustAttribSuperClass && names.Count() < kMaxPathNames) {
                 push(node->names[at] ? *node->names[at] : MSTR(), at);
-                record.CreateRefAnim(kCodeCustAttribRecord, nullptr, CopyNames(names), numbers, kOverrideRemoved);
+                record.CreateRefAnim(kCodeCA, nullptr, CopyNames(names), numbers, kOverrideRemoved);
                 pop();
             }
             return;

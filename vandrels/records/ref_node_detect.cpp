@@ -204,6 +204,6 @@ void RefNode::onGeneralChange(INode* node) {
     onDisplayMessage(node, 0);
 }
 
-// Modifier monitoring hears REFMSG_MODIFIER_STACK_CHANGED and REFMSG_CHANGE (object chain) and checks the object-space mirror on a general change;
-// it arrives with the modifier overrides. Until then these messages change nothing on the record.
+// Modifier monitoring hears REFMSG_MODIFIER_STACK_CHANGED and REFMSG_CHANGE (object chain) and checks the
+// object-space mirror on a general change; it arrives with the modifier overrides. Until then these messages change nothing on the record.
 void RefNode::onModifierMessage(RefMessage, PartID) {}
