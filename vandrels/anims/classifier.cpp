@@ -3,8 +3,11 @@
 #include "anims/classifier.h"
 
 #include "anims/record_codes.h"
+#include "classids.h"
 #include "control.h"
+#include "imtl.h"
 #include "iparamb2.h"
+#include "istdplug.h"
 #include "records/subanim_space.h"
 
 #include <span>
@@ -225,7 +228,7 @@ std::uint32_t ClassifyBlock2(Animatable* parent) {
 constexpr ClassCode kRefMakerTable[] = {
     {Class_ID(0x4096218C, 0x1BB8133C), kCodePlainWithOption},
     {Class_ID(0x4DDC1551, 0x118452EB), kCodePlainWithOption},
-    {Class_ID(0x5DDB3626, 0x23B708DB), kCodeWalkSubs},
+    {CUSTATTRIB_CONTAINER_CLASS_ID, kCodeWalkSubs},
     {Class_ID(0x5F2D3A0A, 0x4BE75269), kCodeWithRefs},
     {Class_ID(0x14585773, 0x483A7DCF), kCodeIgnore},
 };
@@ -241,7 +244,7 @@ constexpr ClassCode kHelperTable[] = {
     {Class_ID(0x74F93B07, 0x1EB34300), kCodeIgnore},
     {Class_ID(0x74F93B01, 0x1EB34300), kCodeIgnore},
     {Class_ID(0x00002013, 0), kCodeLocDep},
-    {Class_ID(0x00876234, 0), kCodeLocDep},
+    {Class_ID(DUMMY_CLASS_ID, 0), kCodeLocDep},
     {Class_ID(0x6E34B493, 0xE3C48E41), kCodeContainer},
 };
 
@@ -251,7 +254,7 @@ constexpr ClassCode kWorldObjectTable[] = {
 };
 
 constexpr ClassCode kMaterialTable[] = {
-    {Class_ID(0x00000200, 0), kCodeMultiSubMtl},
+    {MULTI_MATERIAL_CLASS_ID, kCodeMultiSubMtl},
     {Class_ID(0x4B9937E0, 0x3A1C3DA4), kCodeWithRefs},
     {Class_ID(0x272C0D4B, 0x432A414B), kCodeXRef},
 };
@@ -356,10 +359,10 @@ constexpr ControlRow kControlTable[] = {
     {CTRL_POINT3_CLASS_ID, Class_ID(0x275C1AC1, 0x08B45EE2), kCodeWalkSubs},
     {CTRL_POINT3_CLASS_ID, Class_ID(0xFF4826DC, 0), kCodeWithRefs},
     // Matrix.
-    {CTRL_MATRIX3_CLASS_ID, Class_ID(0x00002005, 0), kCodeWalkSubs, When::ParentIsLayerBase},
-    {CTRL_MATRIX3_CLASS_ID, Class_ID(0x00002005, 0), kCodePRS},
+    {CTRL_MATRIX3_CLASS_ID, Class_ID(PRS_CONTROL_CLASS_ID, 0), kCodeWalkSubs, When::ParentIsLayerBase},
+    {CTRL_MATRIX3_CLASS_ID, Class_ID(PRS_CONTROL_CLASS_ID, 0), kCodePRS},
     {CTRL_MATRIX3_CLASS_ID, Class_ID(0x873FE764, 0xAABE8601), kCodeLinkCtrl},
-    {CTRL_MATRIX3_CLASS_ID, Class_ID(0x00002006, 0), kCodeIndepRefs},
+    {CTRL_MATRIX3_CLASS_ID, Class_ID(LOOKAT_CONTROL_CLASS_ID, 0), kCodeIndepRefs},
     {CTRL_MATRIX3_CLASS_ID, Class_ID(0x32FB4637, 0x65FD482B), kCodeXRef},
     {CTRL_MATRIX3_CLASS_ID, Class_ID(0x1EDD686D, 0x45A56EB3), kCodeIgnore},
     {CTRL_MATRIX3_CLASS_ID, Class_ID(0x2DE70807, 0x3973713A), kCodeIgnore},
@@ -375,7 +378,7 @@ constexpr ControlRow kControlTable[] = {
     {CTRL_POSITION_CLASS_ID, Class_ID(0xFF8826DE, 0), kCodeWithRefs},
     {CTRL_POSITION_CLASS_ID, Class_ID(0x79697D2A, 0xF2B8A1C8), kCodeWithRefs},
     // Rotation.
-    {CTRL_ROTATION_CLASS_ID, Class_ID(0x00002012, 0), kCodeEuler},
+    {CTRL_ROTATION_CLASS_ID, Class_ID(EULER_CONTROL_CLASS_ID, 0), kCodeEuler},
     {CTRL_ROTATION_CLASS_ID, Class_ID(0x00002020, 0), kCodeConstraint},
     {CTRL_ROTATION_CLASS_ID, Class_ID(0x00002021, 0), kCodeConstraint},
     {CTRL_ROTATION_CLASS_ID, Class_ID(0x2A8734EB, 0x57F47DA6), kCodeReaction},
