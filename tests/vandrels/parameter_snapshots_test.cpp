@@ -15,6 +15,7 @@
 #include "iparamb2.h"
 #include "maxapi.h"
 #include "maxscript/maxscript.h"
+#include "object.h"
 #include "vandrels_library.h"
 
 #include <gtest/gtest.h>
@@ -190,6 +191,25 @@ TEST_F(ParameterSnapshots, UndoOfAnEditRemovesItsSnapshotAndRedoBringsItBack) {
     Save();
     Open();
     EXPECT_FLOAT_EQ(Float(L"$Ball.segs"), 32.f);
+}
+
+// A light's include/exclude list edited locally goes into the merged light; its parameters still follow the file.
+TEST_F(ParameterSnapshots, ALightsExclusionListEditedLocallySurvivesReopen) {
+    Script(L"box name:\"Local\"");
+    INode* local = vtest::Node(L"Local");
+    auto* light = static_cast<LightObject*>(vtest::Node(L"Lamp")->GetObjectRef());
+    ASSERT_NE(light->GetExclList(), nullptr);
+    light->GetExclList()->AddNode(local);
+    Save();
+    WriteReference(L"$Lamp.on = false");
+    ASSERT_NE(GetCOREInterface()->LoadFromFile(file_.data()), 0);
+
+    light = static_cast<LightObject*>(vtest::Node(L"Lamp")->GetObjectRef());
+    ExclList* list = light->GetExclList();
+    ASSERT_NE(list, nullptr);
+    ASSERT_EQ(list->Count(), 1);
+    EXPECT_EQ((*list)[0], vtest::Node(L"Local"));
+    EXPECT_EQ(Script(L"$Lamp.on").i, 0) << "the file's change of a parameter comes through";
 }
 
 // A block of the test's own with a resizable table and values of several kinds.

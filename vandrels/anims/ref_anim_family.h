@@ -6,6 +6,7 @@
 #include "anims/ref_anim.h"
 #include "anims/ref_anim_pblock.h"
 #include "anims/ref_anim_pblock2.h"
+#include "anims/ref_anim_std_light.h"
 
 class RefAnimIndepRefs : public RefAnim {
 public:
@@ -47,11 +48,6 @@ public:
 class RefAnimPointObj : public RefAnim {
 public:
     Class_ID ClassID() override { return REFANIM_POINTOBJ_CLASS_ID; }
-};
-
-class RefAnimStdLight : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_STDLIGHT_CLASS_ID; }
 };
 
 class RefAnimPointMod : public RefAnimPointObj {
