@@ -36,7 +36,8 @@ using Names = std::vector<std::wstring>;
 constexpr int kNotifyUnloadStarts = 0xDFA2;  // call parameter: the helper
 constexpr int kNotifyBatchOpened = 0xDFA6;
 constexpr UINT kAboutDialog = IDD_ABOUT;
-constexpr int kAboutVersion = IDC_ABOUT_VERSION, kAboutHostVersion = IDC_ABOUT_HOST_VERSION, kAboutLink = IDC_ABOUT_LINK;
+constexpr int kAboutVersion = IDC_ABOUT_VERSION, kAboutHostVersion = IDC_ABOUT_HOST_VERSION;
+constexpr int kAboutLink = IDC_ABOUT_LINK;
 
 std::wstring Text(const std::wstring& script) {
     FPValue v = Script(script);

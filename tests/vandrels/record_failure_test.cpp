@@ -18,7 +18,8 @@ TEST(RecordFailure, ComposesEachPresentFieldOnItsOwnLine) {
                     RecordFailure::CauseOf(&cause)}),
               L"Error Collecting RefNode\nName: Box01\nLastOperation: Collect Modifiers\n\nthe controller failed");
     // A material record's failure: no step; an unknown cause: no cause.
-    EXPECT_EQ(Text({L"Unknown Error Creating RefMaterial", MSTR(L"Paint"), std::nullopt, RecordFailure::CauseOf(nullptr)}),
+    EXPECT_EQ(Text({L"Unknown Error Creating RefMaterial", MSTR(L"Paint"), std::nullopt,
+                    RecordFailure::CauseOf(nullptr)}),
               L"Unknown Error Creating RefMaterial\nPaint");
     // A merge before its first step still writes the step label.
     EXPECT_EQ(Text({L"Error Merging File", std::nullopt, MSTR(), MSTR(L"damaged")}),

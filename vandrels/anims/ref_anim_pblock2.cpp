@@ -354,7 +354,8 @@ MSTR RefAnimPblock2::GetInfo() {
     MSTR info = RefAnim::GetInfo();
     info += L"\nTabResizeOverride: " + Number(tabResizeOverride_);
     info += L"\nOverridden Params: ";
-    for (Pblock2Param* param : overriddenParams_) info += Number(param->paramID) + L"-" + Number(param->tabIndex) + L",";
+    for (Pblock2Param* param : overriddenParams_)
+        info += Number(param->paramID) + L"-" + Number(param->tabIndex) + L",";
     info += L"\nOverridden Tabs: ";
     for (Pblock2Param* table : overriddenTabs_)
         info += Number(table->paramID) + L"-" + Number(static_cast<TabParam*>(table)->count) + L",";

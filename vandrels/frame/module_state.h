@@ -60,7 +60,8 @@ void SetRendering(bool rendering);
 // While the host adds or deletes a modifier through its own operations.
 bool IsMonitorSuspended();
 void SetMonitorSuspended(bool suspended);
-// Depth of the host's nested operations (the host's nested-operation begin and end notifications); reset when an outermost merge starts.
+// Depth of the host's nested operations (counted by their begin and end notifications); reset when an outermost
+// merge starts.
 int GetNestingCounter();
 void SetNestingCounter(int value);
 

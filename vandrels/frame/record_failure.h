@@ -35,7 +35,8 @@ struct RecordFailure {
 
 // Runs op inside an error frame: a host exception calls fail(words, &exception), anything else
 // fail(unknownWords, nullptr). fail is expected to throw the failure on.
-template <class Op, class Fail> void RunInErrorFrame(const MCHAR* words, const MCHAR* unknownWords, Op&& op, Fail&& fail) {
+template <class Op, class Fail>
+void RunInErrorFrame(const MCHAR* words, const MCHAR* unknownWords, Op&& op, Fail&& fail) {
     try {
         op();
     } catch (const MAXException& e) {

@@ -215,8 +215,8 @@ private:
     void onRenderMessage(INode* node);
     void onDisplayMessage(INode* node, PartID part);
     void onGeneralChange(INode* node);
-    // Modifier monitoring's share of the node's messages (REFMSG_MODIFIER_STACK_CHANGED, REFMSG_CHANGE with the object-chain part, the mirror check
-    // of a general change) and of the collect pass; they come with the modifier overrides.
+    // Modifier monitoring's share of the node's messages (REFMSG_MODIFIER_STACK_CHANGED, REFMSG_CHANGE with the
+    // object-chain part, the mirror check of a general change) and of the collect pass; they come with the modifier overrides.
     void onModifierMessage(RefMessage message, PartID part);
     void collectModifierChanges();
     void applyModifierOverrides();
