@@ -144,4 +144,29 @@ TEST_F(BlockRecords, AnUndoGroupRecordWritesItsSnapshotsAsOneUndoStep) {
     local->DeleteMe();
 }
 
+// Local content that uses a LocDep record's block moves to the freshly merged block; the record itself follows
+// only when it is set to it.
+TEST_F(BlockRecords, ALocDepBlockHandsItsLocalUsersToTheNewBlock) {
+    static GroupBlock group;
+    IParamBlock2* held = CreateParameterBlock2(&group.desc, nullptr);
+    IParamBlock2* fresh = CreateParameterBlock2(&group.desc, nullptr);
+    auto* user = new BlockRoot(held);
+    auto* keeper = new BlockRoot(fresh);
+    auto* record = new RefAnimPblock2();
+    record->ReplaceReference(0, held);
+
+    record->OverrideLocDep(fresh);
+    EXPECT_EQ(user->GetReference(0), held) << "a clean record moves nothing";
+    record->SetOverrideState(kOverrideLocDep);
+    record->OverrideLocDep(fresh);
+    EXPECT_EQ(user->GetReference(0), fresh);
+    EXPECT_EQ(record->GetAnim(), held);
+    EXPECT_EQ(record->GetLastOperation(), 118);
+    record->SetAnim(fresh);
+    EXPECT_EQ(record->GetAnim(), fresh);
+    record->DeleteMe();
+    user->DeleteMe();
+    keeper->DeleteMe();
+}
+
 }  // namespace
