@@ -6,9 +6,11 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 maxhost=build/bin/maxhost
 [ -x "$maxhost" ] || { echo "screenshots: build maxhost first" >&2; exit 1; }
-work=$(mktemp -d)
+# A fixed, plain folder: its name shows in the pictures' file names.
+work=/tmp/vandrels-tour
+rm -rf "$work" && mkdir -p "$work"
 trap 'rm -rf "$work"' EXIT
-export MAXHOST_TEMP="$work/temp"
+export MAXHOST_TEMP="$work/scenes"
 "$maxhost" --ini "$work/tour.ini" run examples/tour.ms > "$work/tour.log"
 for scale in 1 1.5; do
   name=$([ "$scale" = 1 ] && echo 100 || echo 150)

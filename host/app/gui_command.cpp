@@ -61,6 +61,7 @@ int RunGui(const Options& opts, const std::string& sceneFile) {
     SettleEvents();
     if (!opts.guiScript.empty()) {
         if (RunScriptFile(opts.guiScript) != 0) std::fprintf(stderr, "maxhost: %s failed\n", opts.guiScript.c_str());
+        if (auto* host = dynamic_cast<hostrt::HostMainWindow*>(window)) host->RefreshSceneTree();
         SettleEvents();
     }
     int rc = 0;

@@ -7,18 +7,13 @@
 #include "inode.h"
 #include "iparamb2.h"
 #include "notify.h"
+#include "resource.h"
 #include "ui/file_dialog.h"
 #include "winshim.h"
 
 namespace vandrels {
 
 namespace {
-
-constexpr int kBrowseFileButton = 1303;
-constexpr int kBrowseProxyFileButton = 1304;
-constexpr int kReloadButton = 1494;
-constexpr int kResetButton = 1996;
-constexpr int kMergeButton = 2896;
 
 class VandrelsHelperDlgProc : public ParamMap2UserDlgProc {
 public:
@@ -28,11 +23,11 @@ public:
         VandrelsHelper* helper = block ? static_cast<VandrelsHelper*>(block->GetOwner()) : nullptr;
         if (!helper) return FALSE;
         switch (LOWORD(wParam)) {
-        case kBrowseFileButton: return Browse(helper, vh_file_name, L"Select File for Reference ", t);
-        case kBrowseProxyFileButton: return Browse(helper, vh_proxy_file_name, L"Select Proxy File for Reference ", t);
-        case kReloadButton: helper->Reload(); return TRUE;
-        case kResetButton: helper->Reset(); return TRUE;
-        case kMergeButton: helper->Merge(); return TRUE;
+        case IDC_BROWSE_FILE: return Browse(helper, vh_file_name, L"Select File for Reference ", t);
+        case IDC_BROWSE_PROXY_FILE: return Browse(helper, vh_proxy_file_name, L"Select Proxy File for Reference ", t);
+        case IDC_RELOAD: helper->Reload(); return TRUE;
+        case IDC_RESET: helper->Reset(); return TRUE;
+        case IDC_MERGE: helper->Merge(); return TRUE;
         default: return FALSE;
         }
     }

@@ -75,11 +75,13 @@ HostMainWindow::HostMainWindow(QWidget* parent) : MaxSDK::QmaxMainWindow(parent)
     listenerOutput_ = new QPlainTextEdit;
     listenerOutput_->setObjectName("ListenerOutput");
     listenerOutput_->setReadOnly(true);
-    listenerOutput_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    fixed.setPointSizeF(fixed.pointSizeF() * MaxSDK::GetUIScaleFactor());
+    listenerOutput_->setFont(fixed);
     listenerLine_ = new QLineEdit;
     listenerLine_->setObjectName("ListenerLine");
     listenerLine_->setPlaceholderText("MAXScript: type an expression and press Enter");
-    listenerLine_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    listenerLine_->setFont(fixed);
     connect(listenerLine_, &QLineEdit::returnPressed, this, [this] {
         const QString line = listenerLine_->text();
         listenerLine_->clear();
@@ -93,6 +95,8 @@ HostMainWindow::HostMainWindow(QWidget* parent) : MaxSDK::QmaxMainWindow(parent)
     commandPanel_ = new QScrollArea;
     commandPanel_->setObjectName("CommandPanel");
     commandPanel_->setWidgetResizable(true);
+    // Room for a rollout of the host's usual width (108 dialog units of an 8-point font) and the scroll bar.
+    commandPanel_->setMinimumWidth(MaxSDK::UIScaled(180) + 40);
     auto* panelDock = new QDockWidget("Command Panel", this);
     panelDock->setObjectName("CommandPanelDock");
     panelDock->setWidget(commandPanel_);
@@ -105,7 +109,8 @@ HostMainWindow::HostMainWindow(QWidget* parent) : MaxSDK::QmaxMainWindow(parent)
         Append(QString::fromWCharArray(text.data(), int(text.size())));
     });
     RegisterNotification(&HostMainWindow::OnSceneChanged, this, int(NOTIFY_ALL));
-    resize(1100, 640);
+    tree_->setMinimumWidth(MaxSDK::UIScaled(240));
+    resize(MaxSDK::UIScaled(1100), MaxSDK::UIScaled(640));
     RefreshSceneTree();
 }
 

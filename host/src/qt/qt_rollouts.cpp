@@ -11,6 +11,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFontMetrics>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -27,9 +28,21 @@ namespace hostrt {
 
 namespace {
 
-// Dialog units to pixels: the 8-point shell font at 100 % is 6 x 13 pixels per 4 x 8 units.
-int PixelsX(int units) { return MaxSDK::UIScaled(units * 6 / 4); }
-int PixelsY(int units) { return MaxSDK::UIScaled(units * 13 / 8); }
+// Dialog units to pixels as Windows converts them: a horizontal unit is a quarter of the dialog font's average
+// character width, a vertical unit an eighth of its height, so the controls keep room for their texts in
+// whatever font the session has.
+struct DialogUnits {
+    explicit DialogUnits(const QFont& font) {
+        const QFontMetrics metrics(font);
+        const QString letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+        baseX = (metrics.horizontalAdvance(letters) / 26 + 1) / 2;
+        baseY = metrics.height();
+    }
+    int X(int units) const { return units * baseX / 4; }
+    int Y(int units) const { return units * baseY / 8; }
+    int baseX;
+    int baseY;
+};
 
 QString ToQ(const wchar_t* s) { return s ? QString::fromWCharArray(s) : QString(); }
 
@@ -54,11 +67,16 @@ public:
             return;
         }
         auto* page = new QWidget(box_);
-        page->setFixedSize(PixelsX(dialog->cx), PixelsY(dialog->cy));
+        // The template's font size in points, at the host's UI scale.
+        QFont font = page->font();
+        if (dialog->fontSize > 0) font.setPointSizeF(dialog->fontSize * MaxSDK::GetUIScaleFactor());
+        page->setFont(font);
+        const DialogUnits units(font);
+        page->setFixedSize(units.X(dialog->cx), units.Y(dialog->cy));
         auto* layout = new QVBoxLayout(box_);
         layout->setContentsMargins(4, 4, 4, 4);
         layout->addWidget(page, 0, Qt::AlignHCenter | Qt::AlignTop);
-        for (int i = 0; i < dialog->numControls; ++i) Build(dialog->controls[i], page);
+        for (int i = 0; i < dialog->numControls; ++i) Build(dialog->controls[i], page, units);
         Bind();
         if (ParamMap2UserDlgProc* proc = desc->GetUserDlgProc()) proc->DlgProc(0, this, nullptr, WM_INITDIALOG, 0, 0);
     }
@@ -98,7 +116,7 @@ public:
     }
 
 private:
-    void Build(const MaxResourceControl& c, QWidget* page) {
+    void Build(const MaxResourceControl& c, QWidget* page, const DialogUnits& units) {
         const QString text = ToQ(c.text);
         QWidget* widget = nullptr;
         const DWORD type = c.style & BS_TYPEMASK;
@@ -119,7 +137,7 @@ private:
         } else {  // CustButton and other custom classes are buttons
             widget = new QPushButton(text, page);
         }
-        widget->setGeometry(PixelsX(c.x), PixelsY(c.y), PixelsX(c.cx), PixelsY(c.cy));
+        widget->setGeometry(units.X(c.x), units.Y(c.y), units.X(c.cx), units.Y(c.cy));
         widget->setObjectName(QString("Control%1").arg(c.id));
         if (c.id != -1) controls_[c.id] = widget;
         if (auto* button = qobject_cast<QPushButton*>(widget)) {

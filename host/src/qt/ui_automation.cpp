@@ -16,7 +16,6 @@ Value* TriggerAction(Value** args, int count) {
     if (count != 1) throw ArgCountError(kTriggerAction, 1, count);
     const QString wanted = QString::fromWCharArray(args[0]->to_string()).remove('&');
     for (QWidget* widget : QApplication::allWidgets()) {
-        if (!widget->window()->isVisible()) continue;
         for (QAction* action : widget->findChildren<QAction*>(Qt::FindDirectChildrenOnly))
             if (action->isEnabled() && QString(action->text()).remove('&').compare(wanted, Qt::CaseInsensitive) == 0) {
                 action->trigger();
