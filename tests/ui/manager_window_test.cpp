@@ -48,6 +48,9 @@ TEST_F(ManagerWindow, EmptySceneOffersOnlyAdd) {
     for (const char* name : {"ReloadAction", "RemoveAction", "ResetAction", "DuplicateAction", "MergeAction"})
         EXPECT_FALSE(Find<QAction>(name)->isEnabled()) << name;
     EXPECT_TRUE(Find<QToolButton>("AddButton")->isEnabled());
+    // The icons come from the host's installation folder.
+    for (const char* name : {"AddButton", "ReloadButton", "RemoveButton", "ResetButton", "DuplicateButton", "MergeButton"})
+        EXPECT_FALSE(Find<QToolButton>(name)->icon().isNull()) << name;
     EXPECT_TRUE(Find<QAction>("AddAction")->isEnabled());
     EXPECT_TRUE(Truth(L"Vandrels.IsManagerOpen()"));
     Script(L"Vandrels.CloseManager()");

@@ -249,8 +249,8 @@ TEST_F(InterfaceOperations, AddVandrelDialogAddsThePickedFilesAndRemembersTheirF
 TEST_F(InterfaceOperations, ManagerRequestsAndTheAboutBox) {
     const std::wstring headless = ErrorOf(L"OpenVandrelsManager()");
     EXPECT_EQ(headless, L"-- Runtime error: OpenVandrelsManager: the Vandrels manager window needs the graphical "
-                        L"interface, and this host session runs without one (start it with maxhost gui); scripts "
-                        L"reach every reference operation through the Vandrels interface (showInterface Vandrels)");
+                        L"interface, and this host session runs without one; scripts reach every reference "
+                        L"operation through the Vandrels interface (showInterface Vandrels)");
     EXPECT_EQ(ErrorOf(L"OpenVandrelsManager 1"), L"-- Argument count error: OpenVandrelsManager wanted 0, got 1");
     // The interface's request shows the error without stopping the script that made it.
     EXPECT_EQ(ErrorOf(L"Vandrels.OpenManager(); Vandrels.CloseManager()"), L"no error");

@@ -10,8 +10,8 @@ ManagerWindowHooks g_hooks;
 
 const wchar_t* ManagerUnavailableText() {
     return L"OpenVandrelsManager: the Vandrels manager window needs the graphical interface, and this host session "
-           L"runs without one (start it with maxhost gui); scripts reach every reference operation through the "
-           L"Vandrels interface (showInterface Vandrels)";
+           L"runs without one; scripts reach every reference operation through the Vandrels interface "
+           L"(showInterface Vandrels)";
 }
 
 void OpenManager() {
