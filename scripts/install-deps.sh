@@ -3,7 +3,7 @@
 set -euo pipefail
 # Qt 6 Widgets and Qt Test for the windows (tests run them on the offscreen platform); xvfb only for
 # scripts/screenshots.sh.
-packages=(cmake g++ make libgtest-dev libgmock-dev pkg-config ccache qt6-base-dev qt6-base-dev-tools libqt6test6 xvfb)
+packages=(cmake g++ make libgtest-dev libgmock-dev pkg-config ccache qt6-base-dev qt6-base-dev-tools libqt6test6 fonts-dejavu-core xvfb)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

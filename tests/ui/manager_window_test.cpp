@@ -84,6 +84,8 @@ TEST_F(ManagerWindow, MixedSelectionShowsPartialBoxesAndClicksWriteEveryHelper) 
     Click(active);
     EXPECT_EQ(active->checkState(), Qt::Unchecked);
     EXPECT_FALSE(Truth(Helper(1, L"Active")) || Truth(Helper(2, L"Active")));
+    Click(active);  // a click never makes a box partially checked again
+    EXPECT_EQ(active->checkState(), Qt::Checked);
     EXPECT_EQ(SelectedRows(), (std::vector<int>{0, 1}));  // the refresh kept the selection
 }
 
@@ -135,7 +137,8 @@ TEST_F(ManagerWindow, NameEditRenamesAndCtrlZUndoesTypingBeforeTheHost) {
     EXPECT_FALSE(Node(L"seats"));
 }
 
-// Opening the manager again while it is shown stores where it is and how big, and rebuilds the rows.
+// Opening the manager again while it is shown stores where it is and how big, and rebuilds the rows; the host's
+// scene notifications rebuild them too.
 TEST_F(ManagerWindow, ReopeningStoresTheGeometryAndRebuildsTheRows) {
     OpenManager();
     manager_->resize(640, 480);
@@ -147,6 +150,9 @@ TEST_F(ManagerWindow, ReopeningStoresTheGeometryAndRebuildsTheRows) {
     EXPECT_EQ(Text(L"GetINISetting (getMAXIniFile()) \"Vandrels\" \"DlgSizeY\""), L"480");
     EXPECT_EQ(manager_->width(), 640);
     EXPECT_EQ(Table()->rowCount(), 1);
+    // A new scene empties the open window.
+    Script(L"resetMaxFile #noPrompt");
+    EXPECT_EQ(Table()->rowCount(), 0);
 }
 
 // Merging a reference whose proxy shows in the viewport warns; any other merge asks. No keeps the reference.

@@ -168,7 +168,10 @@ void VandrelsQtManager::OnContextMenuOpenNewSession() {
     const QString file = FileNameOf(selected.front());
     if (file.isEmpty()) return;
     const QString program = QString::fromWCharArray(GetCOREInterface()->GetDir(APP_MAXROOT_DIR)) + "3dsmax.exe";
-    QProcess::startDetached(program, {file}, QString());
+    if (!QProcess::startDetached(program, {file}, QString())) {
+        const std::wstring text = L"Could not start " + program.toStdWString() + L" to open " + file.toStdWString() + L".";
+        MessageBoxW(GetCOREInterface()->GetMAXHWnd(), text.c_str(), L"Open in New 3ds Max Session", MB_OK | MB_ICONERROR);
+    }
 }
 
 void VandrelsQtManager::OnContextMenuRevealInExplorer() {
