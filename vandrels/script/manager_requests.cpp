@@ -1,5 +1,7 @@
 #include "script/manager_requests.h"
 
+#include "helper/manager_refresh.h"
+
 #include "maxscript/maxscript.h"
 
 namespace vandrels {
@@ -27,5 +29,10 @@ bool IsManagerOpen() { return g_hooks.isOpen && g_hooks.isOpen(); }
 void RefreshManagerIfOpen() {
     if (g_hooks.refreshIfOpen) g_hooks.refreshIfOpen();
 }
+
+namespace {
+// The helper's scene events reach the manager window through this refresh.
+[[maybe_unused]] const bool g_refreshHandedIn = (SetManagerRefresh(&RefreshManagerIfOpen), true);
+}  // namespace
 
 }  // namespace vandrels

@@ -1,7 +1,5 @@
-// The reference helper's rollout procedure (VandrelsHelperDlgProc): the parameters' controls are bound by the
-// host's parameter map; this handles the rollout's five buttons: the two "..." buttons pick the reference file
-// and the proxy file, Reload, Reset and Merge run the helper's operations. It is attached to the helper's
-// parameter block description when the host starts.
+#include "ui/helper_rollout.h"
+
 #include "helper/helper_params.h"
 #include "helper/vandrels_helper.h"
 #include "inode.h"
@@ -45,15 +43,8 @@ private:
 
 VandrelsHelperDlgProc g_proc;
 
-void AttachProc(void*, NotifyInfo*) { GetVandrelsHelperParamBlockDesc()->SetUserDlgProc(&g_proc); }
-
-// Attaches the procedure to the helper's block description once the host has started (the description is made
-// on first use, which must not happen while the library's static objects are being made).
-struct RolloutProcAttachment {
-    RolloutProcAttachment() { RegisterNotification(&AttachProc, nullptr, NOTIFY_SYSTEM_STARTUP); }
-    ~RolloutProcAttachment() { UnRegisterNotification(&AttachProc, nullptr); }
-} g_attachment;
-
 }  // namespace
+
+void AttachHelperRolloutProc(void*, NotifyInfo*) { GetVandrelsHelperParamBlockDesc()->SetUserDlgProc(&g_proc); }
 
 }  // namespace vandrels

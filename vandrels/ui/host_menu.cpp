@@ -1,5 +1,5 @@
-// The library's menu in the host's main window: when the host starts with its graphical interface, a "Vandrels"
-// menu on the main window's menu bar opens the manager window.
+#include "ui/host_menu.h"
+
 #include "Qt/QmaxMainWindow.h"
 #include "maxapi.h"
 #include "maxscript/maxscript.h"
@@ -9,9 +9,7 @@
 
 namespace vandrels {
 
-namespace {
-
-void AddMenu(void*, NotifyInfo*) {
+void AddVandrelsMenu(void*, NotifyInfo*) {
     Interface* ip = GetCOREInterface();
     MaxSDK::QmaxMainWindow* window = ip ? ip->GetQmaxMainWindow() : nullptr;
     if (!window || window->findChild<QMenu*>("VandrelsMenu")) return;
@@ -21,12 +19,5 @@ void AddMenu(void*, NotifyInfo*) {
         ExecuteMAXScriptScript(L"OpenVandrelsManager()", MAXScript::ScriptSource::Embedded, FALSE);
     });
 }
-
-struct StartupMenu {
-    StartupMenu() { RegisterNotification(&AddMenu, nullptr, NOTIFY_SYSTEM_STARTUP); }
-    ~StartupMenu() { UnRegisterNotification(&AddMenu, nullptr); }
-} g_startupMenu;
-
-}  // namespace
 
 }  // namespace vandrels

@@ -9,7 +9,7 @@
 #include "maxscript/maxscript.h"
 #include "script/add_vandrel.h"
 #include "script/reference_operations.h"
-#include "script/settings.h"
+#include "frame/settings.h"
 #include "shellapi.h"
 #include "ui/about_dialog.h"
 #include "ui/helper_access.h"

@@ -1,5 +1,6 @@
-// `OpenVandrelsManager()`: the MAXScript primitive that opens the manager window over the host's Qt main window
-// (made on first use and kept for the host run), and what the scripting interface's manager requests do with it.
+// Opening the manager window, and what the scripting interface's manager requests do with it.
+#include "ui/manager_primitive.h"
+
 #include "Qt/QmaxMainWindow.h"
 #include "maxapi.h"
 #include "maxscript/maxscript.h"
@@ -24,14 +25,7 @@ void RefreshWindow() {
 
 }  // namespace
 
-}  // namespace vandrels
-
-using namespace vandrels;
-
-def_visible_primitive(OpenVandrelsManager, "OpenVandrelsManager");
-
-Value* OpenVandrelsManager_cf(Value**, int count) {
-    check_arg_count(OpenVandrelsManager, 0, count);
+void OpenManagerWindow() {
     Interface* ip = GetCOREInterface();
     MaxSDK::QmaxMainWindow* mainWindow = ip ? ip->GetQmaxMainWindow() : nullptr;
     if (!mainWindow) throw RuntimeError(ManagerUnavailableText());
@@ -48,5 +42,6 @@ Value* OpenVandrelsManager_cf(Value**, int count) {
     manager->raise();
     manager->activateWindow();
     manager->PopulateReferences();
-    return &ok;
 }
+
+}  // namespace vandrels

@@ -7,7 +7,7 @@
 #include "maxscript/maxscript.h"
 #include "notify.h"
 #include "script/dialog_settings.h"
-#include "script/settings.h"
+#include "frame/settings.h"
 #include "ui/display_tristate_check_box.h"
 #include "ui/manager_icons.h"
 #include "ui/no_hover_delegate.h"

@@ -1,4 +1,4 @@
-#include "settings.h"
+#include "frame/settings.h"
 
 #include "maxscript/maxscript.h"
 

@@ -1,13 +1,13 @@
-// The duplicated-names warning (dialog 131): the list text, the automatic warning after a load and the helper's
+// The duplicated-names warning (IDD_DUPLICATED_NAMES): the list text, the automatic warning after a load and the helper's
 // own "show duplicated names".
-#include "ui/dup_names_dialog.h"
+#include "helper/dup_names_dialog.h"
 
 #include "frame/module.h"
 #include "helper/vandrels_helper.h"
 #include "inode.h"
 #include "maxapi.h"
 #include "resource.h"
-#include "script/settings.h"
+#include "frame/settings.h"
 #include "winshim.h"
 
 #include <string>
@@ -17,7 +17,7 @@ namespace vandrels {
 
 namespace {
 
-// What one run of dialog 131 shows and what the user answered.
+// What one run of IDD_DUPLICATED_NAMES shows and what the user answered.
 struct DupNamesDialogState {
     MSTR list;
     MSTR helperName;

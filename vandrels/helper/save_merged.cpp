@@ -1,6 +1,6 @@
-#include "save_merged.h"
+#include "helper/save_merged.h"
 
-#include "settings.h"
+#include "frame/settings.h"
 
 #include "maxapi.h"
 #include "winshim.h"

@@ -1,6 +1,7 @@
-// The "Reference Error" report: composes the text, and shows it in dialog 132 unless the host is quiet.
-#include "ui/error_report.h"
+// The "Reference Error" report: composes the text, and shows it in IDD_REFERENCE_ERROR unless the host is quiet.
+#include "helper/error_report.h"
 
+#include "frame/record_failure.h"
 #include "frame/module.h"
 #include "maxapi.h"
 #include "maxexception.h"
@@ -49,9 +50,9 @@ INT_PTR CALLBACK ErrorReportProc(HWND dialog, UINT message, WPARAM wParam, LPARA
 }  // namespace
 
 void ReportError(const MSTR& message, int lastOperationId, const MAXException* cause) {
-    MSTR text = message;
-    if (lastOperationId) text += MSTR(L"\nLast Operation: ") + GetStringCopy(lastOperationId);
-    if (cause) text += L"\n\n" + cause->message;
+    const MSTR text = RecordFailure{message, std::nullopt, RecordFailure::StepOf(lastOperationId),
+                                    RecordFailure::CauseOf(cause), RecordFailure::StepLabel::Spaced}
+                          .ToString();
     LastReport() = text;
 
     Interface* ip = GetCOREInterface();

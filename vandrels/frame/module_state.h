@@ -1,11 +1,10 @@
-// The state that every reference helper of the process shares: the operation mode, the helper registry and the
-// loaded-helpers list, the merge stack, and the flags that the process-wide notifications keep.
+// The state that the whole library shares: the operation mode, the merge stack, and the flags that the
+// process-wide notifications keep. Records read it as much as the helpers do; the helpers' own lists are in
+// helper/helper_registry.h.
 #pragma once
 
 #include "strclass.h"
 #include "tab.h"
-
-class VandrelsHelper;
 
 namespace vandrels {
 
@@ -48,10 +47,6 @@ private:
 // 7, 8).
 bool AreRecordsInessential();
 
-// Every live helper, in construction order.
-Tab<VandrelsHelper*>& HelperRegistry();
-// Helpers created while a scene file was being opened that still wait for their reference to be processed.
-Tab<VandrelsHelper*>& LoadedHelpers();
 // Full paths of the reference files whose merge is in progress, innermost last (owned strings).
 Tab<WStr*>& MergeStack();
 // Frees every path of the merge stack and empties it.
@@ -65,7 +60,8 @@ void SetRendering(bool rendering);
 // While the host adds or deletes a modifier through its own operations.
 bool IsMonitorSuspended();
 void SetMonitorSuspended(bool suspended);
-// Depth of the host's nested operations (notifications 103 and 104); reset when an outermost merge starts.
+// Depth of the host's nested operations (counted by their begin and end notifications); reset when an outermost
+// merge starts.
 int GetNestingCounter();
 void SetNestingCounter(int value);
 

@@ -1,11 +1,9 @@
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 
 namespace vandrels {
 namespace {
 struct ModuleState {
     int operationMode = kModeIdle;
-    Tab<VandrelsHelper*> registry;
-    Tab<VandrelsHelper*> loadedHelpers;
     Tab<WStr*> mergeStack;
     bool batchOpen = false;
     bool rendering = false;
@@ -33,8 +31,6 @@ bool AreRecordsInessential() {
     return mode == kModeUnloading || mode == kModeSaving || mode == kModeSavingNodes || mode == kModeDuplicating;
 }
 
-Tab<VandrelsHelper*>& HelperRegistry() { return State().registry; }
-Tab<VandrelsHelper*>& LoadedHelpers() { return State().loadedHelpers; }
 Tab<WStr*>& MergeStack() { return State().mergeStack; }
 
 void ClearMergeStack() {
