@@ -49,11 +49,11 @@ void RefreshOnNotification(void* param, NotifyInfo*) {
 
 void SaveGeometryOnShutdown(void* param, NotifyInfo*) { static_cast<VandrelsQtManager*>(param)->SaveGeometry(); }
 
-struct ColumnSpec {
+struct ColumnLayout {
     const char* header;
     int width;
 };
-constexpr ColumnSpec kColumns[] = {{"Reference", 110}, {"On", 35},         {"PV", 35},
+constexpr ColumnLayout kColumns[] = {{"Reference", 110}, {"On", 35},         {"PV", 35},
                                    {"PR", 35},         {"File Name", 260}, {"Proxy File Name", 180}};
 
 DisplayTristateCheckBox* MakeBox(const QString& text, const QString& name) {
@@ -271,7 +271,7 @@ void VandrelsQtManager::BuildTable() {
     table_ = new QTableWidget(0, int(std::size(kColumns)), this);
     table_->setObjectName("ReferenceTable");
     QStringList headers;
-    for (const ColumnSpec& column : kColumns) headers << column.header;
+    for (const ColumnLayout& column : kColumns) headers << column.header;
     table_->setHorizontalHeaderLabels(headers);
     table_->setSelectionBehavior(QAbstractItemView::SelectRows);
     table_->setSelectionMode(QAbstractItemView::ExtendedSelection);
