@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Installs the Debian packages this project builds and tests with, when they are missing.
 set -euo pipefail
-packages=(cmake g++ make libgtest-dev libgmock-dev pkg-config ccache)
+# Qt 6 Widgets and Qt Test for the windows (tests run them on the offscreen platform); xvfb only for
+# scripts/screenshots.sh.
+packages=(cmake g++ make libgtest-dev libgmock-dev pkg-config ccache qt6-base-dev qt6-base-dev-tools libqt6test6 fonts-dejavu-core xvfb)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

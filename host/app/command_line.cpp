@@ -4,6 +4,7 @@
 #include "maxtypes.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <system_error>
 
@@ -15,15 +16,17 @@ constexpr const char* kVersion = "1.0";
 
 struct CommandSpec {
     const char* name;
-    std::size_t arguments;
-    const char* wants;  // what a wrong count is told
+    std::size_t arguments;     // at least
+    std::size_t maxArguments;  // at most
+    const char* wants;         // what a wrong count is told
 };
 
 constexpr CommandSpec kCommands[] = {
-    {"plugins", 0, "takes no arguments"},
-    {"demo", 0, "takes no arguments"},
-    {"run", 1, "needs one script file"},
-    {"eval", 1, "needs one text"},
+    {"plugins", 0, 0, "takes no arguments"},
+    {"demo", 0, 0, "takes no arguments"},
+    {"run", 1, 1, "needs one script file"},
+    {"eval", 1, 1, "needs one text"},
+    {"gui", 0, 1, "takes at most one scene file"},
 };
 
 const CommandSpec* findCommand(const std::string& name) {
@@ -73,7 +76,8 @@ CommandLine ParseCommandLine(int argc, const char* const* argv) {
         // --name=value or --name value for the options that take a value.
         const std::size_t eq = a.find('=');
         const std::string name = a.substr(0, eq);
-        const bool takesValue = name == "--plugins" || name == "--ini";
+        const bool takesValue =
+            name == "--plugins" || name == "--ini" || name == "--ui-scale" || name == "--script" || name == "--grab";
         std::string value;
         if (takesValue) {
             if (eq != std::string::npos) value = a.substr(eq + 1);
@@ -86,6 +90,13 @@ CommandLine ParseCommandLine(int argc, const char* const* argv) {
         if (name == "--plugins") line.options.pluginDirs.push_back(value);
         else if (name == "--ini") line.options.iniFile = value;
         else if (name == "--quiet") line.options.quiet = true;
+        else if (name == "--ui-scale") {
+            char* end = nullptr;
+            const double scale = std::strtod(value.c_str(), &end);
+            if (*end || !(scale >= 0.5 && scale <= 4)) return fail("--ui-scale " + value + ": not a scale from 0.5 to 4");
+            line.options.uiScale = float(scale);
+        } else if (name == "--script") line.options.guiScript = value;
+        else if (name == "--grab") line.options.grabFolder = value;
         else if (name == "--help" || name == "-h") line.action = CommandLine::Action::Help;
         else if (name == "--version") line.action = CommandLine::Action::Version;
         else return fail("unknown option " + name);
@@ -97,7 +108,8 @@ CommandLine ParseCommandLine(int argc, const char* const* argv) {
         if (!spec) return fail("unknown command '" + words.front() + "'");
         line.command = words.front();
         line.args.assign(words.begin() + 1, words.end());
-        if (line.args.size() != spec->arguments) return fail(line.command + " " + spec->wants);
+        if (line.args.size() < spec->arguments || line.args.size() > spec->maxArguments)
+            return fail(line.command + " " + spec->wants);
     }
     if (!line.options.iniFile.empty())
         if (std::string problem = checkIniFile(line.options.iniFile); !problem.empty()) return fail(problem);
@@ -112,6 +124,8 @@ const char* HelpText() {
            "  demo            reference a small scene with Vandrels, edit it, save the shot and open it again\n"
            "  run FILE.ms     run a MAXScript file; the listener goes to standard output\n"
            "  eval TEXT       run a MAXScript text and print its value\n"
+           "  gui [SCENE]     the host's window: the scene's node tree, the MAXScript listener and the command\n"
+           "                  panel; opens SCENE (a .max file) when given\n"
            "  (none)          a MAXScript listener reading lines from standard input\n"
            "\n"
            "options (before or after the command; -- ends them):\n"
@@ -120,6 +134,9 @@ const char* HelpText() {
            "  --ini FILE      the host's settings file (default: $MAXHOST_INI, else\n"
            "                  $XDG_CONFIG_HOME/maxhost/3dsMax.ini); its folder must exist\n"
            "  --quiet         quiet mode: message boxes and dialogs are not shown and answer their default\n"
+           "  --ui-scale F    gui: the user interface's scale factor (1 = 100 %, 1.5 = 150 %)\n"
+           "  --script FILE   gui: run this MAXScript file once the window is shown\n"
+           "  --grab DIR      gui: after the script, save every shown window as DIR/<window>.png and exit\n"
            "  --version       print the version and exit\n"
            "  -h, --help      print this help and exit\n"
            "\n"

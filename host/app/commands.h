@@ -11,6 +11,10 @@ struct Options {
     std::vector<std::string> pluginDirs;  // loaded in order; none: the default plug-in folder
     std::string iniFile;    // empty: MAXHOST_INI or the user's configuration folder
     bool quiet = false;
+    // gui only.
+    float uiScale = 1.0f;
+    std::string guiScript;   // run once the window is shown
+    std::string grabFolder;  // save the shown windows there after the script, then end
 };
 
 // Sets the host up: settings, built-in classes, plug-in libraries, start-up broadcast.
@@ -26,6 +30,9 @@ int RunDemo(std::FILE* out);
 int RunScriptFile(const std::string& path);
 int RunScriptText(const std::wstring& text, const std::wstring& sourceName);
 int EvalText(const std::string& text);
+
+// The graphical host: the main window with the scene (opened from sceneFile unless empty), then the Qt event loop.
+int RunGui(const Options& opts, const std::string& sceneFile);
 int RunListener(std::FILE* in);
 
 }  // namespace maxhost

@@ -474,3 +474,24 @@ private:
 
 // Makes a block of pdesc for owner, with its defaults.
 IParamBlock2* CreateParameterBlock2(ParamBlockDesc2* pdesc, ReferenceMaker* owner);
+
+// The rollout of a parameter block as the command panel shows it: controls bound to the block's parameters.
+class IParamMap2 {
+public:
+    virtual IParamBlock2* GetParamBlock() = 0;
+    // The rollout's window; null while it is shown by a presenter that has no native window.
+    virtual HWND GetHWnd() = 0;
+
+protected:
+    ~IParamMap2() = default;
+};
+
+// A plug-in's own handling of its automatic rollout (ParamBlockDesc2::SetUserDlgProc): the host passes it the
+// messages of controls that no parameter is bound to (WM_INITDIALOG when the rollout opens, WM_COMMAND with
+// BN_CLICKED for a pressed button). Answers TRUE for a message it handled.
+class ParamMap2UserDlgProc {
+public:
+    virtual ~ParamMap2UserDlgProc() = default;
+    virtual INT_PTR DlgProc(TimeValue t, IParamMap2* map, HWND hWnd, UINT msg, WPARAM wParam, LPARAM lParam) = 0;
+    virtual void DeleteThis() {}
+};

@@ -17,6 +17,9 @@ class Modifier;
 class MtlBase;
 class MtlBaseLib;
 class ILayerManager;
+namespace MaxSDK {
+class QmaxMainWindow;  // Qt/QmaxMainWindow.h
+}
 
 // Clone kinds of Interface::CloneNodes.
 #define NODE_COPY 0
@@ -90,6 +93,9 @@ public:
     void SetSceneExplorerLiveUpdate(BOOL on);
     // The main window: owner of message boxes and dialogs. Never null.
     HWND GetMAXHWnd();
+    // The main window as a Qt widget, parent of a plug-in's Qt windows (Qt/QmaxMainWindow.h); null in a session
+    // without a graphical interface.
+    MaxSDK::QmaxMainWindow* GetQmaxMainWindow();
 
     // ---- Platform: the prompt line.
     void PushPrompt(const MCHAR* text);

@@ -3,6 +3,7 @@
 #include "frame/class_desc.h"
 #include "frame/module.h"
 #include "helper/helper_records.h"
+#include "helper/manager_refresh.h"
 #include "helper/module_notifications.h"
 #include "frame/module_state.h"
 #include "helper/helper_registry.h"
@@ -156,7 +157,8 @@ void VandrelsHelper::SetReference(int i, RefTargetHandle rtarg) {
 RefResult VandrelsHelper::NotifyRefChanged(const Interval&, RefTargetHandle hTarget, PartID&, RefMessage message,
                                            BOOL) {
     if (message == REFMSG_CHANGE && hTarget && hTarget == data_.pblock && data_.accessorEnabled) {
-        // The manager window refreshes its rows here once it exists.
+        // The manager window shows the parameters in its rows.
+        vandrels::RequestManagerRefresh();
     } else if (message == REFMSG_SUBANIM_STRUCTURE_CHANGED && hTarget && hTarget == data_.sceneMaterials) {
         // The scene material library is held only while a merge runs; what the merge adds to it is not kept.
         static_cast<MtlBaseLib*>(data_.sceneMaterials)->DeleteAll();
@@ -184,9 +186,8 @@ void VandrelsHelper::BeginEditParams(IObjParam* ip, ULONG flags, Animatable* pre
     GetVandrelsHelperDesc()->BeginEditParams(ip, this, flags, prev);
     // The host's automatic rollouts have no window of their own to keep.
     data_.rolloutWindow = nullptr;
-    // The rollout's dialog procedure (its buttons and file pickers) comes with the rollout itself; until then
-    // the automatic rollout runs without one.
-    GetVandrelsHelperParamBlockDesc()->SetUserDlgProc(nullptr);
+    // The rollout's own buttons and file pickers are handled by the user interface's rollout procedure, which
+    // the block description carries (ui/helper_rollout.cpp).
 }
 
 void VandrelsHelper::EndEditParams(IObjParam* ip, ULONG flags, Animatable* next) {

@@ -183,6 +183,7 @@
 // Dialog templates and their controls. Control ids are shared between dialogs: 1023 is the text list of the
 // duplicated-names warning and of the error report, 3227 the message of the warning and the title lines of the
 // about box, 1008 the warning's check box and the about box's note.
+#define IDD_HELPER_ROLLOUT 101
 #define IDD_ABOUT 122
 #define IDD_DUPLICATED_NAMES 131
 #define IDD_REFERENCE_ERROR 132
@@ -194,3 +195,22 @@
 #define IDC_ABOUT_LINK 1029
 #define IDC_ABOUT_VERSION 1206
 #define IDC_DIALOG_MESSAGE 3227
+// The helper's rollout.
+#define IDC_FILE_NAME_LABEL 1004
+#define IDC_USE_PROXY_VIEWPORT 1005
+#define IDC_USE_PROXY_RENDER 1006
+#define IDC_ACTIVE 1007
+#define IDC_RELOAD_ALWAYS 1030
+#define IDC_RELOAD_IF_CHANGED 1031
+#define IDC_RELOAD_MANUALLY 1032
+#define IDC_PROXY_FILE_NAME_LABEL 1203
+#define IDC_USE_NAME_PREFIX 1210
+#define IDC_FILE_NAME 1301
+#define IDC_PROXY_FILE_NAME 1302
+#define IDC_BROWSE_FILE 1303
+#define IDC_BROWSE_PROXY_FILE 1304
+#define IDC_PERSIST_REF 1408
+#define IDC_OVERLAY 1410
+#define IDC_RELOAD 1494
+#define IDC_RESET 1996
+#define IDC_MERGE 2896

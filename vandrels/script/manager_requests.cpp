@@ -2,29 +2,33 @@
 
 #include "helper/manager_refresh.h"
 
-#include "maxapi.h"
 #include "maxscript/maxscript.h"
 
 namespace vandrels {
 
-const wchar_t* ManagerUnavailableText(bool sessionHasUserInterface) {
-    return sessionHasUserInterface
-               ? L"OpenVandrelsManager: the Vandrels manager window needs the graphical interface, which this build "
-                 L"of Vandrels does not include; scripts reach every reference operation through the Vandrels "
-                 L"interface (showInterface Vandrels)"
-               : L"OpenVandrelsManager: the Vandrels manager window needs the graphical interface, and this host "
-                 L"session runs without one; scripts reach every reference operation through the Vandrels "
-                 L"interface (showInterface Vandrels)";
+namespace {
+ManagerWindowHooks g_hooks;
+}
+
+const wchar_t* ManagerUnavailableText() {
+    return L"OpenVandrelsManager: the Vandrels manager window needs the graphical interface, and this host session "
+           L"runs without one; scripts reach every reference operation through the Vandrels interface "
+           L"(showInterface Vandrels)";
 }
 
 void OpenManager() {
     ExecuteMAXScriptScript(L"OpenVandrelsManager()", MAXScript::ScriptSource::Embedded, FALSE, nullptr, TRUE);
 }
 
-// No manager window exists in this build, so there is nothing to close, it is never open and nothing to refresh.
-void CloseManager() {}
-bool IsManagerOpen() { return false; }
-void RefreshManagerIfOpen() {}
+void SetManagerWindowHooks(const ManagerWindowHooks& hooks) { g_hooks = hooks; }
+
+void CloseManager() {
+    if (g_hooks.close) g_hooks.close();
+}
+bool IsManagerOpen() { return g_hooks.isOpen && g_hooks.isOpen(); }
+void RefreshManagerIfOpen() {
+    if (g_hooks.refreshIfOpen) g_hooks.refreshIfOpen();
+}
 
 namespace {
 // The helper's scene events reach the manager window through this refresh.

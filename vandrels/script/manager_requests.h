@@ -1,7 +1,7 @@
-// The scripting interface's requests to the manager window, and the MAXScript primitive `OpenVandrelsManager`
-// that opens it. The manager window belongs to the graphical interface, which this build of the library does
-// not include: opening it is refused with a MAXScript error that says so, it is never open, and closing or
-// refreshing it does nothing.
+// The scripting interface's requests to the manager window. The window belongs to the user interface, which
+// registers what closing, asking about and refreshing it do when it makes the window (SetManagerWindowHooks);
+// until then the window is never open, and closing or refreshing it does nothing. A session without the graphical
+// interface never has one: `OpenVandrelsManager()` refuses with a MAXScript error that says so.
 #pragma once
 
 namespace vandrels {
@@ -15,8 +15,15 @@ bool IsManagerOpen();
 // Brings the manager window's rows up to date when it is shown.
 void RefreshManagerIfOpen();
 
-// The error `OpenVandrelsManager()` raises while no manager window can be shown; it depends on whether the
-// host session has a graphical interface.
-const wchar_t* ManagerUnavailableText(bool sessionHasUserInterface);
+// What the manager window does for the three requests above.
+struct ManagerWindowHooks {
+    void (*close)() = nullptr;
+    bool (*isOpen)() = nullptr;
+    void (*refreshIfOpen)() = nullptr;
+};
+void SetManagerWindowHooks(const ManagerWindowHooks& hooks);
+
+// The error `OpenVandrelsManager()` raises in a session without the graphical interface.
+const wchar_t* ManagerUnavailableText();
 
 }  // namespace vandrels

@@ -67,14 +67,31 @@ std::size_t FileDialogService::PendingAnswers() const {
 std::optional<std::vector<std::wstring>> FileDialogService::Run(const FileDialogRequest& request) {
     FileDialogRecord record;
     record.request = request;
-    std::lock_guard lock(mutex_);
-    if (Session::Instance().Quiet()) {
-        record.suppressed = true;
-    } else if (answers_.empty()) {
-        record.note = L"no answer queued: cancelled";
-    } else {
-        std::vector<std::wstring> files = std::move(answers_.front());
-        answers_.pop_front();
+    std::vector<std::wstring> files;
+    bool picked = false;
+    Presenter presenter;
+    {
+        std::lock_guard lock(mutex_);
+        if (Session::Instance().Quiet()) {
+            record.suppressed = true;
+        } else if (!answers_.empty()) {
+            files = std::move(answers_.front());
+            answers_.pop_front();
+            picked = true;
+        } else if (presenter_) {
+            presenter = presenter_;
+        } else {
+            record.note = L"no answer queued: cancelled";
+        }
+    }
+    // The presenter runs without the lock: the dialog runs an event loop of its own.
+    if (presenter) {
+        if (auto answer = presenter(request)) {
+            files = std::move(*answer);
+            picked = true;
+        }
+    }
+    if (picked) {
         const std::wstring base = BaseFolder(request.initialDir);
         for (std::wstring& file : files)
             if (!IsAbsolute(file)) file = base + file;
@@ -84,9 +101,15 @@ std::optional<std::vector<std::wstring>> FileDialogService::Run(const FileDialog
             record.confirmed = true;
         }
     }
+    std::lock_guard lock(mutex_);
     records_.push_back(record);
     if (!record.confirmed) return std::nullopt;
     return record.chosen;
+}
+
+void FileDialogService::SetPresenter(Presenter presenter) {
+    std::lock_guard lock(mutex_);
+    presenter_ = std::move(presenter);
 }
 
 std::vector<FileDialogRecord> FileDialogService::Records() const {
@@ -98,6 +121,7 @@ void FileDialogService::Reset() {
     std::lock_guard lock(mutex_);
     answers_.clear();
     records_.clear();
+    presenter_ = nullptr;
 }
 
 ShellRequests& ShellRequests::Instance() {

@@ -1,6 +1,7 @@
 // hostrt::FileDialogService: how the host answers the system's open-file dialog (GetOpenFileNameW) and what it
 // remembers of each run. A headless host has nobody to pick files: a test or a script queues the files a user
-// would pick (PushAnswer), and the dialog takes the next answer; with none queued the dialog is cancelled. In
+// would pick (PushAnswer), and the dialog takes the next answer; with none queued the installed presenter (an
+// interactive session's file dialog) asks the user, and without one the dialog is cancelled. In
 // quiet mode nothing is shown, the dialog is cancelled and the queued answers stay. An answer the dialog would
 // refuse (several files in a single-selection dialog, files from different folders, a missing file where the
 // file must exist) cancels it, and the record says why.
@@ -11,6 +12,7 @@
 
 #include <mutex>
 #include <deque>
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -51,11 +53,18 @@ public:
     std::optional<std::vector<std::wstring>> Run(const FileDialogRequest& request);
     std::vector<FileDialogRecord> Records() const;
 
+    // An interactive presenter shows the dialog and answers the full paths picked (nothing for Cancel); none
+    // (headless) by default. Queued answers go first.
+    using Presenter = std::function<std::optional<std::vector<std::wstring>>(const FileDialogRequest&)>;
+    void SetPresenter(Presenter presenter);
+
+    // Forgets the records and the queued answers, and removes the presenter.
     void Reset();
 
 private:
     FileDialogService() = default;
     mutable std::mutex mutex_;
+    Presenter presenter_;
     std::deque<std::vector<std::wstring>> answers_;
     std::vector<FileDialogRecord> records_;
 };

@@ -1,0 +1,243 @@
+// The manager window driven as a user drives it: rows selected with the mouse, boxes clicked, names typed, the
+// tool buttons pressed, the undo keys, the confirmations and the context menu; and the whole way of one reference
+// from the file picker to its removal.
+#include "window_test_support.h"
+
+#include "inode.h"
+#include "maxapi.h"
+#include "platform/dialog_service.h"
+#include "platform/file_dialog_service.h"
+#include "winshim.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QMenu>
+#include <QTest>
+#include <QTimer>
+
+namespace {
+
+using vtest::Node;
+using vtest::RunInt;
+using vtest::Script;
+
+std::wstring Text(const std::wstring& script) {
+    FPValue v = Script(script);
+    return v.type == TYPE_STRING && v.s ? v.s : L"<not a string>";
+}
+bool Truth(const std::wstring& script) {
+    FPValue v = Script(script);
+    return v.type == TYPE_BOOL && v.i;
+}
+std::wstring Helper(int index, const wchar_t* property) {
+    return L"(Vandrels.GetVandrel " + std::to_wstring(index) + L").baseObject." + property;
+}
+
+class ManagerWindow : public uitest::WindowTest {
+protected:
+    ManagerWindow() : WindowTest("vandrels_manager_window") {}
+};
+
+// With no helper in the scene nothing can be operated on; Add is the way in.
+TEST_F(ManagerWindow, EmptySceneOffersOnlyAdd) {
+    OpenManager();
+    EXPECT_EQ(Table()->rowCount(), 0);
+    EXPECT_FALSE(Find<QWidget>("PropertyPanel")->isEnabled());
+    for (const char* name : {"ReloadButton", "RemoveButton", "ResetButton", "DuplicateButton", "MergeButton"})
+        EXPECT_FALSE(Find<QToolButton>(name)->isEnabled()) << name;
+    for (const char* name : {"ReloadAction", "RemoveAction", "ResetAction", "DuplicateAction", "MergeAction"})
+        EXPECT_FALSE(Find<QAction>(name)->isEnabled()) << name;
+    EXPECT_TRUE(Find<QToolButton>("AddButton")->isEnabled());
+    // The icons come from the host's installation folder.
+    for (const char* name : {"AddButton", "ReloadButton", "RemoveButton", "ResetButton", "DuplicateButton", "MergeButton"})
+        EXPECT_FALSE(Find<QToolButton>(name)->icon().isNull()) << name;
+    EXPECT_TRUE(Find<QAction>("AddAction")->isEnabled());
+    EXPECT_TRUE(Truth(L"Vandrels.IsManagerOpen()"));
+    Script(L"Vandrels.CloseManager()");
+    EXPECT_FALSE(manager_->isVisible());
+    EXPECT_FALSE(Truth(L"Vandrels.IsManagerOpen()"));
+}
+
+// Two selected helpers that disagree show a partially checked box and a blank name; a click writes one value to
+// both, and the table shows it.
+TEST_F(ManagerWindow, MixedSelectionShowsPartialBoxesAndClicksWriteEveryHelper) {
+    AddReference(L"chairs");
+    AddReference(L"lamps");
+    Script(Helper(2, L"Active") + L" = false");
+    OpenManager();
+    ASSERT_EQ(Table()->rowCount(), 2);
+    EXPECT_EQ(Table()->item(0, 0)->text(), "chairs");
+    EXPECT_EQ(Table()->item(1, 1)->text(), "No");
+    ClickRow(0);
+    ClickRow(1, Qt::ControlModifier);
+    EXPECT_EQ(SelectedRows(), (std::vector<int>{0, 1}));
+    auto* active = Find<QCheckBox>("ActiveBox");
+    EXPECT_EQ(active->checkState(), Qt::PartiallyChecked);
+    EXPECT_EQ(Find<QLineEdit>("NameEdit")->text(), "<Multiple Selected>");
+    EXPECT_FALSE(Find<QLineEdit>("NameEdit")->isEnabled());
+    EXPECT_EQ(Find<QLineEdit>("FileNameEdit")->text(), "");
+
+    Click(active);
+    EXPECT_EQ(active->checkState(), Qt::Checked);
+    EXPECT_TRUE(Truth(Helper(1, L"Active")) && Truth(Helper(2, L"Active")));
+    EXPECT_EQ(Table()->item(1, 1)->text(), "Yes");
+    Click(active);
+    EXPECT_EQ(active->checkState(), Qt::Unchecked);
+    EXPECT_FALSE(Truth(Helper(1, L"Active")) || Truth(Helper(2, L"Active")));
+    Click(active);  // a click never makes a box partially checked again
+    EXPECT_EQ(active->checkState(), Qt::Checked);
+    EXPECT_EQ(SelectedRows(), (std::vector<int>{0, 1}));  // the refresh kept the selection
+}
+
+// The rows' selection lives in the helpers: undoing in the host brings the previous rows back at the next refresh.
+TEST_F(ManagerWindow, UndoingRestoresTheSelectedRows) {
+    AddReference(L"chairs");
+    AddReference(L"lamps");
+    OpenManager();
+    ClickRow(0);
+    ClickRow(1);
+    EXPECT_FALSE(Truth(Helper(1, L"SelectedInManager")));
+    EXPECT_TRUE(Truth(Helper(2, L"SelectedInManager")));
+    Script(L"max undo");
+    Invoke("PopulateReferences");
+    EXPECT_EQ(SelectedRows(), (std::vector<int>{0}));
+    EXPECT_TRUE(Find<QToolButton>("ReloadButton")->isEnabled());
+}
+
+// Only blanks in Name change nothing; a real name renames the helper node. Ctrl+Z in the Name edit undoes the
+// typing while there is typing to undo, then undoes in the host.
+TEST_F(ManagerWindow, NameEditRenamesAndCtrlZUndoesTypingBeforeTheHost) {
+    AddReference(L"chairs");
+    OpenManager();
+    ClickRow(0);
+    auto* name = Find<QLineEdit>("NameEdit");
+    name->setFocus();
+    name->selectAll();
+    QTest::keyClicks(name, "   ");
+    QTest::keyClick(name, Qt::Key_Return);
+    EXPECT_TRUE(Node(L"chairs"));
+    EXPECT_EQ(Table()->item(0, 0)->text(), "chairs");
+
+    name->selectAll();
+    QTest::keyClicks(name, "seats");
+    QTest::keyClick(name, Qt::Key_Return);
+    EXPECT_TRUE(Node(L"seats"));
+    EXPECT_EQ(Table()->item(0, 0)->text(), "seats");
+
+    name->setFocus();
+    name->end(false);
+    QTest::keyClicks(name, "X");
+    EXPECT_EQ(name->text(), "seatsX");
+    QTest::keySequence(name, QKeySequence::Undo);  // the typing
+    EXPECT_EQ(name->text(), "seats");
+    EXPECT_TRUE(Node(L"seats"));
+    name->setModified(false);
+    QTest::keySequence(name, QKeySequence::Undo);  // nothing typed to undo: the host undoes the rename
+    EXPECT_TRUE(Node(L"chairs"));
+    EXPECT_FALSE(Node(L"seats"));
+}
+
+// Opening the manager again while it is shown stores where it is and how big, and rebuilds the rows; the host's
+// scene notifications rebuild them too.
+TEST_F(ManagerWindow, ReopeningStoresTheGeometryAndRebuildsTheRows) {
+    OpenManager();
+    manager_->resize(640, 480);
+    AddReference(L"chairs");  // refreshes the open window
+    EXPECT_EQ(Table()->rowCount(), 1);
+    Script(L"SetINISetting (getMAXIniFile()) \"Vandrels\" \"DlgSizeX\" \"1\"");
+    OpenManager();
+    EXPECT_EQ(Text(L"GetINISetting (getMAXIniFile()) \"Vandrels\" \"DlgSizeX\""), L"640");
+    EXPECT_EQ(Text(L"GetINISetting (getMAXIniFile()) \"Vandrels\" \"DlgSizeY\""), L"480");
+    EXPECT_EQ(manager_->width(), 640);
+    EXPECT_EQ(Table()->rowCount(), 1);
+    // A new scene empties the open window.
+    Script(L"resetMaxFile #noPrompt");
+    EXPECT_EQ(Table()->rowCount(), 0);
+}
+
+// Merging a reference whose proxy shows in the viewport warns; any other merge asks. No keeps the reference.
+TEST_F(ManagerWindow, MergeWarnsAboutProxiesAndAsksOtherwise) {
+    AddReference(L"chairs");
+    Script(Helper(1, L"UseProxyInViewport") + L" = true");
+    OpenManager();
+    ClickRow(0);
+    hostrt::DialogService::Instance().PushAnswer(IDNO);
+    Click(Find<QToolButton>("MergeButton"));
+    EXPECT_EQ(LastBoxTitle(), L"Merge References and Proxies");
+    EXPECT_EQ(LastBoxIcon(), UINT(MB_ICONWARNING));
+    EXPECT_TRUE(Node(L"chairs"));
+
+    Script(Helper(1, L"UseProxyInViewport") + L" = false");
+    Invoke("PopulateReferences");
+    Click(Find<QToolButton>("MergeButton"));  // unanswered: the default button, No
+    EXPECT_EQ(LastBoxTitle(), L"Merge Reference");
+    EXPECT_EQ(LastBoxIcon(), UINT(MB_ICONQUESTION));
+    EXPECT_TRUE(Node(L"chairs"));
+    hostrt::DialogService::Instance().PushAnswer(IDYES);
+    Click(Find<QToolButton>("MergeButton"));
+    EXPECT_FALSE(Node(L"chairs"));
+    EXPECT_TRUE(Node(L"Chair"));  // the content stays, local now
+    EXPECT_EQ(Table()->rowCount(), 0);
+}
+
+// The context menu offers per-file entries for one row only; Overwrite and Select Nodes for any selection.
+TEST_F(ManagerWindow, ContextMenuEnablesEntriesBySelection) {
+    AddReference(L"chairs");
+    AddReference(L"lamps");
+    OpenManager();
+    ClickRow(0);
+    ClickRow(1, Qt::ControlModifier);
+    std::map<QString, bool> enabled;
+    QTimer::singleShot(0, [&enabled] {
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        if (!menu) return;
+        for (QAction* action : menu->findChildren<QAction*>())
+            if (!action->text().isEmpty()) enabled[action->text()] = action->isEnabled();
+        menu->close();
+    });
+    QMetaObject::invokeMethod(manager_, "OnContextMenuRequested", Q_ARG(QPoint, QPoint(5, 5)));
+    const std::map<QString, bool> expected = {{"&File", true},
+                                              {"&Open", false},
+                                              {"Open in &New 3ds Max Session", false},
+                                              {"&Reveal in Explorer", false},
+                                              {"&Overwrite", true},
+                                              {"&Save As...", false},
+                                              {"&Select Nodes", true},
+                                              {"Show &Duplicated Names", false}};
+    EXPECT_EQ(enabled, expected);
+
+    // Select Nodes picks the referenced nodes of both helpers, as one undo step.
+    Script(L"clearSelection()");
+    QMetaObject::invokeMethod(manager_, "OnContextMenuSelectNodes");
+    EXPECT_EQ(RunInt(L"selection.count"), 3);
+}
+
+// One reference's way by mouse: picked in the file dialog, selected, its node edited, reloaded (the edit stays),
+// removed after the question.
+TEST_F(ManagerWindow, AddEditReloadAndRemoveByMouse) {
+    OpenManager();
+    hostrt::FileDialogService::Instance().PushAnswer({File(L"chairs").data()});
+    Click(Find<QToolButton>("AddButton"));
+    ASSERT_EQ(Table()->rowCount(), 1);
+    EXPECT_EQ(Table()->item(0, 4)->text(), QString::fromWCharArray(File(L"chairs").data()));
+    EXPECT_EQ(SelectedRows(), (std::vector<int>{0}));  // a new reference shows selected
+    ClickRow(0);
+    EXPECT_EQ(Find<QLineEdit>("NameEdit")->text(), "chairs");
+
+    Script(L"$Chair.wirecolor = color 200 0 0");
+    Click(Find<QToolButton>("ReloadButton"));
+    EXPECT_TRUE(Truth(L"$Chair.wirecolor == color 200 0 0"));
+    EXPECT_EQ(Table()->rowCount(), 1);
+
+    Click(Find<QToolButton>("RemoveButton"));  // unanswered: No
+    EXPECT_EQ(LastBoxTitle(), L"Remove Reference");
+    EXPECT_TRUE(Node(L"Chair"));
+    hostrt::DialogService::Instance().PushAnswer(IDYES);
+    Click(Find<QToolButton>("RemoveButton"));
+    EXPECT_EQ(Table()->rowCount(), 0);
+    EXPECT_FALSE(Node(L"chairs"));
+    EXPECT_FALSE(Node(L"Chair"));
+    EXPECT_FALSE(Find<QToolButton>("RemoveButton")->isEnabled());
+}
+
+}  // namespace
