@@ -41,6 +41,15 @@ const ObjectClass kObjectClasses[] = {
     {L"Dummy", L"helper", HELPER_CLASS_ID, Class_ID(DUMMY_CLASS_ID, 0), L"Dummy", false},
     {L"Point", L"helper", HELPER_CLASS_ID, HOST_POINT_HELPER_CLASS_ID, L"Point", false},
     {L"Wind", L"SpacewarpObject", WSM_OBJECT_CLASS_ID, HOST_SPACE_WARP_CLASS_ID, L"Wind", false},
+    {L"Cylinder", L"GeometryClass", GEOMOBJECT_CLASS_ID, HOST_CYLINDER_CLASS_ID, L"Cylinder", false},
+    {L"Plane", L"GeometryClass", GEOMOBJECT_CLASS_ID, HOST_PLANE_CLASS_ID, L"Plane", false},
+    {L"Teapot", L"GeometryClass", GEOMOBJECT_CLASS_ID, HOST_TEAPOT_CLASS_ID, L"Teapot", false},
+    {L"Cone", L"GeometryClass", GEOMOBJECT_CLASS_ID, HOST_CONE_CLASS_ID, L"Cone", false},
+    {L"Torus", L"GeometryClass", GEOMOBJECT_CLASS_ID, HOST_TORUS_CLASS_ID, L"Torus", false},
+    {L"Tube", L"GeometryClass", GEOMOBJECT_CLASS_ID, HOST_TUBE_CLASS_ID, L"Tube", false},
+    {L"FreeSpot", L"light", LIGHT_CLASS_ID, HOST_FREE_SPOT_CLASS_ID, L"FSpot", false},
+    {L"DirectionalLight", L"light", LIGHT_CLASS_ID, HOST_DIRECTIONAL_LIGHT_CLASS_ID, L"FDirect", false},
+    {L"TargetDirectionalLight", L"light", LIGHT_CLASS_ID, HOST_TARGET_DIRECTIONAL_LIGHT_CLASS_ID, L"Direct", true},
 };
 
 struct ModifierClass {
@@ -54,6 +63,13 @@ const ModifierClass kModifierClasses[] = {
     {L"Bend", L"modifier", OSM_CLASS_ID, HOST_BEND_CLASS_ID},
     {L"Taper", L"modifier", OSM_CLASS_ID, HOST_TAPER_CLASS_ID},
     {L"SpaceWarpBinding", L"SpacewarpModifier", WSM_CLASS_ID, HOST_SPACE_WARP_BINDING_CLASS_ID},
+    {L"Twist", L"modifier", OSM_CLASS_ID, HOST_TWIST_CLASS_ID},
+    {L"TurboSmooth", L"modifier", OSM_CLASS_ID, HOST_TURBOSMOOTH_CLASS_ID},
+    {L"Edit_Poly", L"modifier", OSM_CLASS_ID, HOST_EDIT_POLY_CLASS_ID},
+    {L"UVWmap", L"modifier", OSM_CLASS_ID, HOST_UVWMAP_CLASS_ID},
+    {L"Shell", L"modifier", OSM_CLASS_ID, HOST_SHELL_CLASS_ID},
+    {L"Symmetry", L"modifier", OSM_CLASS_ID, HOST_SYMMETRY_CLASS_ID},
+    {L"Skin", L"modifier", OSM_CLASS_ID, HOST_SKIN_CLASS_ID},
 };
 
 Value MakeNode(CallContext& ctx, const ObjectClass& cls, CallArgs& args) {
