@@ -258,6 +258,20 @@ void RegisterBlockOwnerHandler() {
 
 Value ModifierListValue(INode* node) { return Value::Ext(std::make_shared<ModifierList>(node)); }
 
+std::optional<Value> ModifierByName(INode* node, const std::wstring& name) {
+    // Spaces of a modifier's name read as underscores in a property name ($b.Edit_Poly).
+    auto scripted = [](std::wstring text) {
+        for (wchar_t& c : text)
+            if (c == L' ') c = L'_';
+        return text;
+    };
+    for (const StackEntry& e : Entries(node)) {
+        Modifier* mod = e.owner->GetModifier(e.index);
+        if (EqualsNoCase(scripted(mod->GetName().data()), scripted(name))) return Value::Host(mod);
+    }
+    return std::nullopt;
+}
+
 void RegisterSceneObjectFunctions() {
     RegisterBlockOwnerHandler();
     RegisterModifierHandler();

@@ -32,6 +32,7 @@ void RegisterSceneBuiltins() {
         RegisterSceneAnimationFunctions();
         RegisterSceneActionFunctions();
         RegisterSceneHandleFunctions();
+        RegisterSceneTransformFunctions();
     });
 }
 
@@ -79,9 +80,9 @@ std::vector<INode*> SelectedNodes() {
     return out;
 }
 
-std::optional<Value> NodeSet::GetProperty(CallContext&, const std::wstring& name) {
+std::optional<Value> NodeSet::GetProperty(CallContext& ctx, const std::wstring& name) {
     if (EqualsNoCase(name, L"count")) return Value::Int(int(Nodes().size()));
-    return std::nullopt;
+    return NodeGroupProperty(ctx, Nodes(), name);
 }
 
 std::optional<Value> NodeSet::GetIndex(CallContext&, const Value& index) {

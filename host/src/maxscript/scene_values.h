@@ -27,6 +27,7 @@ void RegisterSceneFileFunctions();       // save, load, reset, merge, saveNodes,
 void RegisterSceneAnimationFunctions();  // controllers, keys, quat and eulerAngles values
 void RegisterSceneActionFunctions();     // actionMan
 void RegisterSceneHandleFunctions();     // getHandleByAnim, getAnimByHandle, maxOps.getNodeByHandle
+void RegisterSceneTransformFunctions();  // move, rotate, scale, bounding boxes, geometry/lights/... collections
 
 // ---- Nodes.
 // The node a value holds; null for anything else (a deleted node throws the usual runtime error).
@@ -85,6 +86,14 @@ Quat QuatArg(const Value& v);
 
 // The modifier stack of a node as `.modifiers` shows it (count, indexing by number or name, iteration).
 Value ModifierListValue(INode* node);
+// The node's modifier of that name (`$b.bend`); nullopt when none.
+std::optional<Value> ModifierByName(INode* node, const std::wstring& name);
+
+// ---- Where nodes are: `.pivot`, `.boundingBox`, `.min`, `.max`, `.center`; nullopt / false for other names.
+std::optional<Value> GetNodeSpatialProperty(CallContext& ctx, INode* node, const std::wstring& name);
+bool SetNodeSpatialProperty(CallContext& ctx, INode* node, const std::wstring& name, const Value& v);
+// `.center`, `.min`, `.max` of a group of nodes (the world box around their objects).
+std::optional<Value> NodeGroupProperty(CallContext& ctx, const std::vector<INode*>& nodes, const std::wstring& name);
 
 // Colours: script colours have components 0..255, host colours 0..1.
 Value ColorValue(const Point3& c);
