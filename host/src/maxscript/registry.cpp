@@ -20,6 +20,7 @@ struct Registry {
     int nextHandlerKey = 1;
     NodeConverters nodes;
     PathResolver paths;
+    SubAnimAccess subAnims;
     std::map<std::wstring, std::function<void(CallContext&)>> maxCommands;
 };
 
@@ -143,6 +144,8 @@ const NodeConverters& GetNodeConverters() { return Reg().nodes; }
 
 void SetPathResolver(PathResolver resolver) { Reg().paths = std::move(resolver); }
 const PathResolver& GetPathResolver() { return Reg().paths; }
+void SetSubAnimAccess(SubAnimAccess access) { Reg().subAnims = std::move(access); }
+const SubAnimAccess& GetSubAnimAccess() { return Reg().subAnims; }
 
 void RegisterMaxCommand(const std::wstring& command, std::function<void(CallContext&)> run) {
     Reg().maxCommands[FoldCase(command)] = std::move(run);

@@ -83,6 +83,19 @@ using PathResolver = std::function<Value(CallContext&, const std::wstring& path)
 void SetPathResolver(PathResolver resolver);
 const PathResolver& GetPathResolver();
 
+// ---- Sub-anims reached through a property that reads as a plain value: `$b.pos.controller`,
+// `$b.rotation.z_rotation`. The evaluator asks these when `owner.sub` gave a value without property `name`.
+struct SubAnimAccess {
+    std::function<std::optional<Value>(CallContext&, const Value& owner, const std::wstring& sub,
+                                       const std::wstring& name)>
+        get;
+    std::function<bool(CallContext&, const Value& owner, const std::wstring& sub, const std::wstring& name,
+                       const Value& value)>
+        set;
+};
+void SetSubAnimAccess(SubAnimAccess access);
+const SubAnimAccess& GetSubAnimAccess();
+
 // ---- `max <command>` (words joined by one blank, lower case: "undo", "file open"). undo and redo are built in.
 void RegisterMaxCommand(const std::wstring& command, std::function<void(CallContext&)> run);
 const std::function<void(CallContext&)>* FindMaxCommand(const std::wstring& command);

@@ -23,6 +23,7 @@ namespace hostrt::mxs {
 void RegisterSceneBuiltins() {
     static std::once_flag once;
     std::call_once(once, [] {
+        RegisterSceneSubAnimFunctions();
         RegisterSceneNodeFunctions();
         RegisterSceneObjectFunctions();
         RegisterSceneMaterialFunctions();
@@ -274,12 +275,19 @@ bool SetBlockParam(CallContext& ctx, Animatable* anim, const std::wstring& name,
     if (hit->def->IsTable()) {
         if (!value.Is(Kind::Array)) throw ConversionError(value, L"Array");
         hit->block->SetCount(hit->id, int(value.Items().size()));
+        // Entries an array grew by (`.count = n`) are undefined: they keep the table's empty value.
         for (std::size_t i = 0; i < value.Items().size(); ++i)
-            WriteParam(*hit, ctx.interp.Time(), int(i), value.Items()[i]);
+            if (!value.Items()[i].IsUndefined() || hit->def->Kind() == hostrt::ValueKind::Ref)
+                WriteParam(*hit, ctx.interp.Time(), int(i), value.Items()[i]);
         return true;
     }
     WriteParam(*hit, ctx.interp.Time(), 0, value);
     return true;
+}
+
+Control* BlockParamController(Animatable* anim, const std::wstring& name) {
+    auto hit = FindParam(anim, name);
+    return hit && !hit->def->IsTable() ? hit->block->GetController(hit->id) : nullptr;
 }
 
 std::vector<std::wstring> BlockParamNames(Animatable* anim) {

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+class Control;
 class INode;
 class ReferenceTarget;
 
@@ -27,6 +28,7 @@ void RegisterSceneFileFunctions();       // save, load, reset, merge, saveNodes,
 void RegisterSceneAnimationFunctions();  // controllers, keys, quat and eulerAngles values
 void RegisterSceneActionFunctions();     // actionMan
 void RegisterSceneHandleFunctions();     // getHandleByAnim, getAnimByHandle, maxOps.getNodeByHandle
+void RegisterSceneSubAnimFunctions();    // anim[#name], $b.pos.controller (registered first: asked last)
 void RegisterSceneTransformFunctions();  // move, rotate, scale, bounding boxes, geometry/lights/... collections
 
 // ---- Nodes.
@@ -83,6 +85,12 @@ void ApplyKeywords(CallContext& ctx, const Value& target, const CallArgs& args,
 Value QuatValue(const Quat& q);
 // A quat or eulerAngles value as a rotation; anything else is a conversion error.
 Quat QuatArg(const Value& v);
+
+// A controller's value as a script value, and setting it (`.value`).
+Value ControllerScriptValue(Control* c, TimeValue t);
+void SetControllerScriptValue(Control* c, TimeValue t, const Value& v);
+// The controller of an animatable parameter by name; null when the parameter has none or there is none.
+Control* BlockParamController(Animatable* anim, const std::wstring& name);
 
 // The modifier stack of a node as `.modifiers` shows it (count, indexing by number or name, iteration).
 Value ModifierListValue(INode* node);
