@@ -94,7 +94,9 @@ public:
             ILayer* parent = layer->GetParentLayer();
             item.properties = {{"parent", parent ? quoted(parent->GetName()) : "none"},
                                {"node count", std::to_string(layer->NumNodes())},
-                               {"current", yesNo(layer == current)}};
+                               {"current", yesNo(layer == current)},
+                               {"hidden", yesNo(layer->IsHidden())},
+                               {"frozen", yesNo(layer->IsFrozen())}};
             snapshot.layers.push_back(std::move(item));
         }
     }

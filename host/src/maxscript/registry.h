@@ -42,6 +42,8 @@ const SystemVariable* FindSystemVariable(const std::wstring& name);
 Value RegisterClass(const std::wstring& name, const std::wstring& superclass, NativeFn constructor = {});
 // The class of that name; nullopt when none.
 std::optional<Value> FindClass(const std::wstring& name);
+// The classes registered with that superclass (`GeometryClass.classes`), by name.
+std::vector<Value> ClassesOfSuperclass(const std::wstring& superclass);
 
 // ---- The names registered so far, of one kind, in no particular order (apropos lists them).
 enum class RegisteredKind { Function, SystemVariable, Class };

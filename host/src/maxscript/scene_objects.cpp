@@ -128,18 +128,21 @@ std::vector<StackEntry> Entries(INode* node) {
     return out;
 }
 
-Value AddModifier(CallContext&, CallArgs& args) {
+// addModifier nodes mod: one modifier on every node given; two or more nodes share it (an instanced modifier).
+Value AddModifier(CallContext& ctx, CallArgs& args) {
     CheckArgCount(L"addModifier", args, 2);
-    INode* node = NodeArg(args.positional[0]);
+    const std::vector<INode*> nodes = NodeListArg(ctx, args.positional[0]);
     Modifier* mod = AsModifier(args.positional[1]);
-    if (mod->SuperClassID() != WSM_CLASS_ID && !node->GetObjectRef())
-        throw RuntimeError(L"addModifier: " + PrintForm(args.positional[0]) + L" has no object");
     // before:i places the modifier below the i-th one (counting the object-space stack from the top).
     int before = 0;
     if (const Value* b = args.Keyword(L"before"); b && !b->Is(Kind::Unsupplied)) before = ToInt(*b);
-    if (!GetCOREInterface()->AddModifier(*node, *mod, before))
-        throw RuntimeError(L"addModifier: before:" + std::to_wstring(before) + L" is out of range for " +
-                           PrintForm(args.positional[0]));
+    for (INode* node : nodes) {
+        const std::wstring which = PrintForm(Value::Host(node));
+        if (mod->SuperClassID() != WSM_CLASS_ID && !node->GetObjectRef())
+            throw RuntimeError(L"addModifier: " + which + L" has no object");
+        if (!GetCOREInterface()->AddModifier(*node, *mod, before))
+            throw RuntimeError(L"addModifier: before:" + std::to_wstring(before) + L" is out of range for " + which);
+    }
     return Value::Ok();
 }
 

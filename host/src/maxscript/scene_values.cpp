@@ -34,6 +34,8 @@ void RegisterSceneBuiltins() {
         RegisterSceneActionFunctions();
         RegisterSceneHandleFunctions();
         RegisterSceneTransformFunctions();
+        RegisterSceneAnimRangeFunctions();
+        RegisterSceneEditingFunctions();
     });
 }
 
@@ -59,6 +61,11 @@ std::vector<INode*> NodeListArg(CallContext& ctx, const Value& v) {
     }
     if (v.Is(Kind::Ext)) {
         if (auto* set = dynamic_cast<NodeSet*>(v.ExtObj().get())) return set->Nodes();
+        // Any other collection of nodes (`geometry`, `lights`...).
+        if (auto items = v.ExtObj()->Items(ctx)) {
+            for (const Value& item : *items) nodes.push_back(NodeArg(item));
+            return nodes;
+        }
     }
     throw ConversionError(v, L"node");
 }
@@ -130,6 +137,13 @@ std::optional<Value> ScriptClassOf(Animatable* anim) {
     return it->second;
 }
 
+std::optional<Class_ID> HostClassIdOf(const Value& cls) {
+    if (!cls.Is(Kind::Class)) return std::nullopt;
+    for (const auto& [key, value] : ScriptClasses())
+        if (value.Cls() == cls.Cls()) return Class_ID(key.a, key.b);
+    return std::nullopt;
+}
+
 ReferenceTarget* CreateHostInstance(SClass_ID sid, Class_ID cid, const std::wstring& what) {
     ClassDesc* cd = ClassDirectory::Instance().Find(sid, cid);
     if (!cd) throw RuntimeError(L"Cannot create " + what + L": its class is not registered");
@@ -150,6 +164,8 @@ struct ParamHit {
 
 std::optional<ParamHit> FindParam(Animatable* anim, const std::wstring& name) {
     if (!anim) return std::nullopt;
+    // A light's colour also reads as `rgb`.
+    if (EqualsNoCase(name, L"rgb") && anim->SuperClassID() == LIGHT_CLASS_ID) return FindParam(anim, L"color");
     for (int b = 0; b < anim->NumParamBlocks(); ++b) {
         IParamBlock2* block = anim->GetParamBlock(b);
         if (!block || !block->GetDesc()) continue;

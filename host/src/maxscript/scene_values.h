@@ -29,7 +29,9 @@ void RegisterSceneAnimationFunctions();  // controllers, keys, quat and eulerAng
 void RegisterSceneActionFunctions();     // actionMan
 void RegisterSceneHandleFunctions();     // getHandleByAnim, getAnimByHandle, maxOps.getNodeByHandle
 void RegisterSceneSubAnimFunctions();    // anim[#name], $b.pos.controller (registered first: asked last)
-void RegisterSceneTransformFunctions();  // move, rotate, scale, bounding boxes, geometry/lights/... collections
+void RegisterSceneTransformFunctions();
+void RegisterSceneAnimRangeFunctions();  // interval values, animationRange
+void RegisterSceneEditingFunctions();    // getClassInstances, modPanel, instanceMgr, polyop  // move, rotate, scale, bounding boxes, geometry/lights/... collections
 
 // ---- Nodes.
 // The node a value holds; null for anything else (a deleted node throws the usual runtime error).
@@ -67,6 +69,8 @@ private:
 Value RegisterHostClass(const std::wstring& name, const std::wstring& superclass, Class_ID cid, NativeFn ctor);
 // The registered script class of an animatable's class; nullopt when none.
 std::optional<Value> ScriptClassOf(Animatable* anim);
+// The host class a script class makes; nullopt for classes of no host class.
+std::optional<Class_ID> HostClassIdOf(const Value& cls);
 // A new instance of a host class from the class directory; a runtime error naming what when it is missing.
 ReferenceTarget* CreateHostInstance(SClass_ID sid, Class_ID cid, const std::wstring& what);
 
