@@ -32,6 +32,8 @@ void Collect(ReferenceMaker* maker, std::set<ReferenceMaker*>& seen, std::vector
 std::vector<Animatable*> SceneAnimatables() {
     std::set<ReferenceMaker*> seen;
     std::vector<Animatable*> out;
+    // Children are no references of their parents: every node is a start of its own.
+    for (INode* node : SceneNodes()) Collect(node, seen, out);
     for (ReferenceTarget* root : Scene::Instance().ContentRoots()) Collect(root, seen, out);
     return out;
 }

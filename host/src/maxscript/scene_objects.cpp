@@ -77,7 +77,8 @@ Value MakeNode(CallContext& ctx, const ObjectClass& cls, CallArgs& args) {
     auto* obj = dynamic_cast<Object*>(CreateHostInstance(cls.sid, cls.cid, cls.name));
     if (!obj) throw RuntimeError(std::wstring(L"Cannot create ") + cls.name + L": its class makes no object");
     INode* node = GetCOREInterface()->CreateObjectNode(obj);
-    node->SetName(UniqueNodeName(MSTR(cls.nodeName)).data());
+    // New nodes are numbered from 001 ("Camera001"), whatever the object calls itself.
+    node->SetName(UniqueNodeName(MSTR((std::wstring(cls.nodeName) + L"001").c_str())).data());
     if (cls.cid == HOST_BONE_CLASS_ID) node->SetBoneNodeOnOff(TRUE, ctx.interp.Time());
     const Value nodeValue = Value::Host(node);
     if (cls.targeted) {
