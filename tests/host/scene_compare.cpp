@@ -10,6 +10,7 @@
 #include "maxapi.h"
 #include "object.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <functional>
@@ -471,6 +472,27 @@ std::vector<std::string> DescribeSnapshot(const SceneSnapshot& snapshot) {
     for (auto& item : snapshot.layers) describe(item);
     for (auto& item : snapshot.entries) describe(item);
     return lines;
+}
+
+std::string SnapshotText(const SceneSnapshot& snapshot) {
+    std::string text;
+    auto add = [&text](const std::string& label, const SnapshotItem& item) {
+        for (auto& [name, value] : item.properties) text += label + ": " + name + " " + value + "\n";
+    };
+    std::vector<const SnapshotItem*> nodes;
+    for (auto& node : snapshot.nodes) nodes.push_back(&node.second);
+    std::stable_sort(nodes.begin(), nodes.end(), [](const SnapshotItem* a, const SnapshotItem* b) { return a->path < b->path; });
+    for (const SnapshotItem* node : nodes) add("node '" + node->path + "'", *node);
+    auto byLabel = [](const std::vector<SnapshotItem>& items) {
+        std::vector<const SnapshotItem*> sorted;
+        for (auto& item : items) sorted.push_back(&item);
+        std::stable_sort(sorted.begin(), sorted.end(), [](const SnapshotItem* a, const SnapshotItem* b) { return a->label < b->label; });
+        return sorted;
+    };
+    for (const SnapshotItem* item : byLabel(snapshot.materials)) add(item->label, *item);
+    for (const SnapshotItem* item : byLabel(snapshot.layers)) add(item->label, *item);
+    for (auto& item : snapshot.entries) add(item.label, item);
+    return text;
 }
 
 std::string JoinDifferences(const std::vector<std::string>& differences) {

@@ -52,6 +52,12 @@ std::vector<std::string> CompareSnapshots(const SceneSnapshot& first, const Scen
 // The snapshot as readable lines, one per property ("node 'Box01': wire colour 0x00FF0000").
 std::vector<std::string> DescribeSnapshot(const SceneSnapshot& snapshot);
 
+// The snapshot as a stable text, one line per property and a line feed after each: nodes sorted by name path
+// ("node 'Box01/Sphere01': parent 'Box01'"), then materials sorted by name and occurrence, layers sorted by
+// name, external-scene entries in their order. Within an item the properties keep their fixed order. Nothing
+// in it varies between runs of the same scene (no addresses, handles or times), so it serves as a baseline.
+std::string SnapshotText(const SceneSnapshot& snapshot);
+
 // All differences joined with newlines (for test failure messages).
 std::string JoinDifferences(const std::vector<std::string>& differences);
 

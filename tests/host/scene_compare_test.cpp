@@ -319,3 +319,25 @@ TEST_F(SceneCompare, PairsNodesByNamePathWhenAsked) {
     const auto swapped = CompareSnapshots(before, TakeSnapshot(), options);
     EXPECT_TRUE(contains(swapped, "node 'Sphere01': wire colour 0x000000FF vs 0x00000000")) << JoinDifferences(swapped);
 }
+
+// The text form lists nodes by name path whatever their order in the scene, so two scenes that differ only in
+// the order their nodes were made read the same; twins keep their " #2" and every line ends the same way.
+TEST_F(SceneCompare, TextListsNodesByNamePathWhateverTheirOrder) {
+    auto make = [](const std::vector<const wchar_t*>& names) {
+        hostrt::Scene::Instance().ResetScene();
+        for (const wchar_t* name : names) {
+            INode* node = ip()->CreateObjectNode(create<Object>(GEOMOBJECT_CLASS_ID, HOST_BOX_CLASS_ID));
+            node->SetName(name);
+            node->SetWireColor(0x00112233);
+        }
+        return hostrt::test::SnapshotText(TakeSnapshot());
+    };
+    const std::string forwards = make({L"Alpha", L"Beta", L"Beta"});
+    const std::string backwards = make({L"Beta", L"Beta", L"Alpha"});
+    EXPECT_EQ(forwards, backwards);
+    EXPECT_EQ(forwards.rfind("node 'Alpha': parent scene root\n", 0), 0u) << forwards;
+    EXPECT_NE(forwards.find("node 'Beta #2': wire colour 0x00112233\n"), std::string::npos) << forwards;
+    EXPECT_LT(forwards.find("node 'Beta': "), forwards.find("node 'Beta #2': "));
+    EXPECT_NE(forwards.find("layer '0': node count 3\n"), std::string::npos) << forwards;
+    EXPECT_EQ(forwards.back(), '\n');
+}

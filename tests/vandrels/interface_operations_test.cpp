@@ -16,6 +16,7 @@
 #include "platform/file_dialog_service.h"
 #include "platform/listener_capture.h"
 #include "vandrels_library.h"
+#include "resource.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -34,8 +35,9 @@ using Names = std::vector<std::wstring>;
 
 constexpr int kNotifyUnloadStarts = 0xDFA2;  // call parameter: the helper
 constexpr int kNotifyBatchOpened = 0xDFA6;
-constexpr UINT kAboutDialog = 122;
-constexpr int kAboutVersion = 1206, kAboutHostVersion = 1010, kAboutLink = 1029;
+constexpr UINT kAboutDialog = IDD_ABOUT;
+constexpr int kAboutVersion = IDC_ABOUT_VERSION, kAboutHostVersion = IDC_ABOUT_HOST_VERSION;
+constexpr int kAboutLink = IDC_ABOUT_LINK;
 
 std::wstring Text(const std::wstring& script) {
     FPValue v = Script(script);

@@ -16,6 +16,7 @@
 #include "winshim.h"
 #include "platform/dialog_service.h"
 #include "saved_objects.h"
+#include "resource.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -99,13 +100,13 @@ TEST_F(Loading, MissingAndDamagedFilesFailWithTheReportAndLeaveTheSceneAsItWas) 
     EXPECT_EQ(RunInt(L"h.baseObject.NumRefNodes()"), 0);
     EXPECT_NE(LastReport().find(L"\r\n\r\n" + path + L": "), std::wstring::npos) << LastReport();
     EXPECT_EQ(LastReport().find(L"cannot open"), std::wstring::npos) << LastReport();
-    EXPECT_EQ(CountDialogs(132), 2);
+    EXPECT_EQ(CountDialogs(IDD_REFERENCE_ERROR), 2);
     EXPECT_EQ(GetCOREInterface()->GetSceneMtls()->FindMtlByName(MSTR(L"Kept")), 0);
 
     // Quiet mode shows no report.
     GetCOREInterface()->SetQuietMode(TRUE);
     Script(L"h.baseObject.Active = false; h.baseObject.Active = true");
-    EXPECT_EQ(CountDialogs(132), 2);
+    EXPECT_EQ(CountDialogs(IDD_REFERENCE_ERROR), 2);
 }
 
 TEST_F(Loading, TheOpenSceneItselfIsRefusedWithTheCircularMessage) {
@@ -120,7 +121,7 @@ TEST_F(Loading, TheOpenSceneItselfIsRefusedWithTheCircularMessage) {
                                          std::wstring(file_.data()) + L" was not loaded.");
     EXPECT_EQ(boxes[0].request.title, L"Error");
     EXPECT_EQ(boxes[0].request.Icon(), UINT(MB_ICONWARNING));
-    EXPECT_EQ(CountDialogs(132), 0);  // a refused merge is no failure
+    EXPECT_EQ(CountDialogs(IDD_REFERENCE_ERROR), 0);  // a refused merge is no failure
 }
 
 struct LoadNotifications {
@@ -163,7 +164,7 @@ TEST_F(Loading, DuplicatedNamesBindInOrderAndWarnUnlessHidden) {
     Script(L"h = Vandrels.AddVandrel " + Quoted(reference_));
     // Both twins have records; the warning lists the name once.
     EXPECT_EQ(RunInt(L"h.baseObject.NumRefNodes()"), 3);
-    ASSERT_EQ(CountDialogs(131), 1);
+    ASSERT_EQ(CountDialogs(IDD_DUPLICATED_NAMES), 1);
     const auto dialog = hostrt::DialogService::Instance().Dialogs().back();
     ASSERT_NE(dialog.Control(1023), nullptr);
     EXPECT_EQ(dialog.Control(1023)->text, L"Twin\r\n");
@@ -171,7 +172,7 @@ TEST_F(Loading, DuplicatedNamesBindInOrderAndWarnUnlessHidden) {
     // Hidden, the warning stays away.
     Script(L"Vandrels.ShowDuplicatedNamesWarning = false");
     Script(L"Vandrels.AddVandrel " + Quoted(reference_));
-    EXPECT_EQ(CountDialogs(131), 1);
+    EXPECT_EQ(CountDialogs(IDD_DUPLICATED_NAMES), 1);
 }
 
 TEST_F(Loading, LocallyDeletedNodesAreDeletedAgainWhenMerged) {
@@ -226,7 +227,7 @@ TEST_F(Loading, ASavedRecordBindsToTheFirstNodeOfItsNameAndDropsItsEmptySlots) {
     ASSERT_NE(firstTwin, nullptr);
     EXPECT_EQ(record->GetReference(0), firstTwin);
     EXPECT_EQ(RunInt(L"h.baseObject.NumRefNodes()"), 3);  // the twins' records and Ball's
-    EXPECT_EQ(CountDialogs(131), 1);
+    EXPECT_EQ(CountDialogs(IDD_DUPLICATED_NAMES), 1);
     FPInterface* fpi = hostrt::FindObjectInterface(record, L"RefNode");
     ASSERT_NE(fpi, nullptr);
     FPValue count;

@@ -279,7 +279,7 @@ TEST_F(RefAnimModifiers, AdoptingANodeMakesItsRecordOnce) {
     RefNode* adopted = helper->refNodes[records];
     ASSERT_NE(adopted, nullptr);
     EXPECT_EQ(adopted->GetReference(0), stray);
-    EXPECT_EQ(helper->GetReference(VH_FIRST_RECORD_REF + records), adopted);
+    EXPECT_EQ(helper->GetReference(helper->Slots().NodeRecord(records)), adopted);
     EXPECT_EQ(std::wstring(adopted->GetName().data()), L"Renamed");
     EXPECT_EQ(adopted->GetOverrideFlags() & kNodeOverriddenName, kNodeOverriddenName);
     ASSERT_EQ(helper->nodesToDelete.Count(), 1);

@@ -8,6 +8,7 @@
 #include "maxapi.h"
 #include "maxexception.h"
 #include "object.h"
+#include "plugapi.h"
 #include "records/node_transfer.h"
 #include "records/scene_utils.h"
 #include "records/subanim_space.h"
@@ -21,12 +22,8 @@
 #include <string>
 #include <vector>
 
-// The address space names its fixed entries from the library's own string table.
-MSTR SubAnimSlotName(int stringId) {
-    wchar_t buf[512];
-    const int n = LoadStringW(vtest::VandrelsLibrary().handle, UINT(stringId), buf, 512);
-    return MSTR(std::wstring(buf, std::size_t(n > 0 ? n : 0)));
-}
+// The plug-in's layers linked into the tests: the instance handle their string-table reads go through.
+MAX_PLUGIN_EXPORT BOOL DllMain(HINSTANCE instance, ULONG reason, void*);
 
 namespace {
 
@@ -122,7 +119,8 @@ class SceneUtils : public ::testing::Test {
 protected:
     void SetUp() override {
         hostrt::RegisterBuiltinClasses();
-        vtest::VandrelsLibrary();
+        // The address space names its fixed entries from the library's own string table.
+        DllMain(vtest::VandrelsLibrary().handle, DLL_PROCESS_ATTACH, nullptr);
         hostrt::Scene::Instance().ResetScene();
     }
     void TearDown() override { hostrt::Scene::Instance().ResetScene(); }

@@ -22,8 +22,8 @@
 // The settings code is built into the tests too (tests/CMakeLists.txt), so that the readers the dialogs will
 // use can be called directly.
 #include "script/dialog_settings.h"
-#include "script/save_merged.h"
-#include "script/settings.h"
+#include "helper/save_merged.h"
+#include "frame/settings.h"
 
 namespace fs = std::filesystem;
 using namespace vandrels;

@@ -17,6 +17,7 @@
 #include "platform/windows.h"
 #include "saved_objects.h"
 #include "winshim.h"
+#include "resource.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -38,11 +39,13 @@ using vtest::Quoted;
 using vtest::RunInt;
 using vtest::Script;
 
-constexpr UINT kDupNamesDialog = 131;
-constexpr UINT kErrorDialog = 132;
-constexpr int kDontShowAgain = 1008;
-constexpr int kTextList = 1023;
-constexpr int kMessage = 3227;
+constexpr UINT kDupNamesDialog = IDD_DUPLICATED_NAMES;
+constexpr UINT kErrorDialog = IDD_REFERENCE_ERROR;
+constexpr int kDontShowAgain = IDC_DONT_SHOW_AGAIN;
+constexpr int kTextList = IDC_TEXT_LIST;
+constexpr int kMessage = IDC_DIALOG_MESSAGE;
+// The dialog templates keep their resource numbers.
+static_assert(IDD_DUPLICATED_NAMES == 131 && IDD_REFERENCE_ERROR == 132 && IDD_ABOUT == 122);
 const Class_ID kRefNode(0x8663DFA6, 0x3F273884);
 const Class_ID kHelperClass(0x8663DFA5, 0x3F273879);
 constexpr int kFirstRecordRef = 2;

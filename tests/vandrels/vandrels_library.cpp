@@ -7,6 +7,7 @@
 #include "maxscript/maxscript.h"
 #include "platform/dialog_service.h"
 #include "platform/host_dirs.h"
+#include "resource.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -72,8 +73,8 @@ std::wstring Quoted(const MSTR& path) { return L"@\"" + std::wstring(path.data()
 INode* Node(const MCHAR* name) { return GetCOREInterface()->GetINodeByName(name); }
 
 std::wstring LastReport() {
-    constexpr UINT kReferenceErrorDialog = 132;
-    constexpr int kReportText = 1023;
+    constexpr UINT kReferenceErrorDialog = IDD_REFERENCE_ERROR;
+    constexpr int kReportText = IDC_TEXT_LIST;
     std::wstring text;
     for (const auto& dialog : hostrt::DialogService::Instance().Dialogs())
         if (dialog.resourceId == kReferenceErrorDialog)

@@ -1,7 +1,7 @@
 // The IK guard's single module-wide switch and its callback registration.
 #include "anims/ik_guard.h"
 
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "maxapi.h"
 #include "maxscript/maxscript.h"
 #include "winshim.h"

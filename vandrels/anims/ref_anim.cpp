@@ -2,7 +2,7 @@
 
 #include "anims/ref_anim_steps.h"
 #include "anims/ref_anim_transfer.h"
-#include "helper/vandrels_helper.h"
+#include "records/record_owner.h"
 #include "ioapi.h"
 #include "plugapi.h"
 #include "frame/module.h"
@@ -131,15 +131,15 @@ INode* RefAnim::GetOwnerNode() {
     return record ? dynamic_cast<INode*>(record->GetTarget()) : nullptr;
 }
 
-VandrelsHelper* RefAnim::GetHelper() { return owner_ ? owner_->GetHelper() : nullptr; }
+RecordOwner* RefAnim::GetHelper() { return owner_ ? owner_->GetHelper() : nullptr; }
 
 DWORD RefAnim::GetPassStamp() {
-    VandrelsHelper* helper = GetHelper();
+    RecordOwner* helper = GetHelper();
     return helper ? helper->GetPassCounter() : 0;
 }
 
 bool RefAnim::IsPersistRef() {
-    VandrelsHelper* helper = GetHelper();
+    RecordOwner* helper = GetHelper();
     return helper && helper->GetPersistRef();
 }
 

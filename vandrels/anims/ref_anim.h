@@ -3,6 +3,7 @@
 // user changed on it locally. The kinds of animatable records derive from it (anims/ref_anim_family.h).
 #pragma once
 
+#include "anims/record_codes.h"
 #include "anims/ref_anim_interface.h"
 #include "frame/class_ids.h"
 #include "ref.h"
@@ -16,7 +17,7 @@ class ModContext;
 class Object;
 class RefBase;
 class RefNode;
-class VandrelsHelper;
+class RecordOwner;
 
 // Override state bits, in the order diagnostics print them.
 enum RefAnimOverride : std::uint8_t {
@@ -51,7 +52,7 @@ public:
     // The owner when it is a node record, else null; and that record's node.
     RefNode* GetOwnerNodeRecord();
     INode* GetOwnerNode();
-    VandrelsHelper* GetHelper();
+    RecordOwner* GetHelper();
 
     // The name path; the record takes the strings over (and frees the ones it had).
     void SetPath(const Tab<WStr*>& names);
@@ -107,7 +108,7 @@ public:
     bool IsPathTaken(Animatable* anim, const Tab<int>& numbers);
 
     // A plain record: one whose type is the generic code of its class.
-    virtual bool IsGeneric() { return GetType() == 0x00010001; }
+    virtual bool IsGeneric() { return GetType() == kCodePlain; }
     // Answers 0 to keep the record, 1 to drop it, 2 to keep it with the reference's original put back live.
     virtual int ResetOverrides(DWORD mask);
     // Whether local (non-referenced) scene content uses anim; cached per pass on anim (LocDepFlag).
@@ -165,7 +166,7 @@ public:
     virtual void PromoteToParent(Animatable* root);
 
     // Helper services (anims/ref_anim_services.cpp); nothing without a helper.
-    // The helper makes a node record for node (see VandrelsHelper::AdoptNode).
+    // The helper makes a node record for node (see RecordOwner::AdoptNode).
     virtual void AdoptNode(INode* node, const MCHAR* name);
     // The helper forgets name from its list of locally deleted nodes (undoable).
     virtual void ForgetHelperName(const MCHAR* name);

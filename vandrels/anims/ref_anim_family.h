@@ -2,6 +2,7 @@
 // A kind without state of its own saves and loads exactly as the base record does.
 #pragma once
 
+#include "anims/record_codes.h"
 #include "anims/ref_anim.h"
 
 class RefAnimPblock : public RefAnim {
@@ -21,10 +22,10 @@ public:
     bool IsUndoGroup() const { return undoGroup_; }
     std::uint32_t GetType() override {
         switch (tabResizeOverride_) {
-        case 0: return undoGroup_ ? 0x00030036 : 0x00230004;
-        case 1: return 0x00230029;
-        case 2: return 0x0023002A;
-        default: return 0x00230004;
+        case 0: return undoGroup_ ? kCodePblock2UndoGroup : kCodePblock2;
+        case 1: return kCodePblock2ResizeOverride1;
+        case 2: return kCodePblock2ResizeOverride2;
+        default: return kCodePblock2;
         }
     }
 
@@ -57,7 +58,7 @@ class RefAnimLocDep : public RefAnim {
 public:
     Class_ID ClassID() override { return REFANIM_LOCDEP_CLASS_ID; }
     // Its type code carries the walk bits although its class identifier does not.
-    std::uint32_t GetType() override { return 0x0003000C; }
+    std::uint32_t GetType() override { return kCodeLocDep; }
 };
 
 class RefAnimLinkCtrl : public RefAnim {
@@ -101,7 +102,7 @@ public:
     // 1 for a Particle Flow source, 0 for an event; it picks the record's type code.
     void SetMode(int mode) { mode_ = mode; }
     int GetMode() const { return mode_; }
-    std::uint32_t GetType() override { return mode_ > 0 ? 0x00030016 : 0x00030017; }
+    std::uint32_t GetType() override { return mode_ > 0 ? kCodePFSourceMode1 : kCodePFSource; }
 
 private:
     int mode_ = 0;

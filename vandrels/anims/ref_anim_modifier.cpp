@@ -2,6 +2,7 @@
 // holding a modifier in a placeholder object while its node is away, putting a locally changed modifier back
 // into a freshly merged stack, and handing a record's animatable to a record one level up.
 #include "anims/ref_anim.h"
+#include "anims/record_codes.h"
 #include "anims/ref_anim_transfer.h"
 #include "frame/placeholders.h"
 #include "hold.h"
@@ -16,8 +17,6 @@
 namespace {
 
 // The record kinds PromoteToParent makes: a modifier record for a modifier, else a plain record.
-constexpr std::uint32_t kModifierRecord = 0x00030014;
-constexpr std::uint32_t kPlainRecord = 0x00010001;
 // The host's holder of one modifier application inside a derived object; it keeps its modifier.
 constexpr SClass_ID kModAppHolder = 0x000C;
 
@@ -149,7 +148,7 @@ void RefAnim::PromoteToParent(Animatable*) {
     Tab<int> resolved;
     if (!ResolvePath(target, names, numbers, found, parent, subIndex, hint, resolved) || found != anim_) return;
     Animatable* anim = anim_;
-    const std::uint32_t code = IsModifier(anim) ? kModifierRecord : kPlainRecord;
+    const std::uint32_t code = IsModifier(anim) ? kCodeMod : kCodePlain;
     Tab<WStr*> ownNames;
     for (WStr* name : names) ownNames.Append(new WStr(name ? *name : WStr()));
     DeleteReference(0);

@@ -3,7 +3,7 @@
 #include "anims/path_by_number_restore.h"
 #include "anims/ref_anim.h"
 #include "anims/ref_anim_transfer.h"
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "hold.h"
 #include "records/ref_base.h"
 

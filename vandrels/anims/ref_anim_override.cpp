@@ -1,6 +1,7 @@
 // Collect and override of the base animatable record: refreshing the LocDep bit, and after a fresh merge
 // either following the merged animatable or putting the record's own animatable back at its path.
 #include "anims/classifier.h"
+#include "anims/record_codes.h"
 #include "anims/ref_anim.h"
 #include "anims/ref_anim_steps.h"
 #include "anims/ref_anim_transfer.h"
@@ -52,7 +53,7 @@ bool RefAnim::blockedByOption(Animatable* found) {
 bool RefAnim::CanReplace(Animatable* found, Animatable* parent) {
     if (!anim_ || !found || !found->GetInterface(kControlInterface)) return false;
     if (anim_->SuperClassID() != found->SuperClassID()) return false;
-    return ClassID() == REFANIM_CLASS_ID && ClassifyAnim(found, parent) == 0x00010001;
+    return ClassID() == REFANIM_CLASS_ID && ClassifyAnim(found, parent) == kCodePlain;
 }
 
 void RefAnim::Override(Animatable* root) {

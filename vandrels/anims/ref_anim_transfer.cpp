@@ -5,6 +5,7 @@
 #include "geom.h"
 #include "hold.h"
 #include "records/node_transfer.h"
+#include "records/undo_bypass.h"
 
 #include <algorithm>
 
@@ -63,16 +64,17 @@ void RefAnim::TransferAnim(Animatable* oldAnim, Animatable* newAnim, Animatable*
     TransRefEnumProc deps;
     oldT->DoEnumDependents(&deps);
     bool replaced = false;
-    theHold.Suspend();
-    for (ReferenceMaker* dep : deps.dependents) {
-        if (dep == parent) continue;
-        for (int j = 0; j < dep->NumRefs(); ++j) {
-            if (dep->GetReference(j) != oldT || !dep->CanTransferReference(j)) continue;
-            dep->ReplaceReference(j, newT, FALSE);
-            replaced = true;
+    {
+        UndoBypass bypass;
+        for (ReferenceMaker* dep : deps.dependents) {
+            if (dep == parent) continue;
+            for (int j = 0; j < dep->NumRefs(); ++j) {
+                if (dep->GetReference(j) != oldT || !dep->CanTransferReference(j)) continue;
+                dep->ReplaceReference(j, newT, FALSE);
+                replaced = true;
+            }
         }
     }
-    theHold.Resume();
     ReleaseOld(oldT);
     if (replaced) NotifyStructureAndChange(newT);
 }

@@ -34,5 +34,6 @@ public:
     std::vector<ReferenceMaker*> dependents;
 };
 
-// Tells target's dependents that its structure (258) and then its value (80) changed, over all time.
+// Tells target's dependents that its structure (REFMSG_SUBANIM_STRUCTURE_CHANGED) and then its value
+// (REFMSG_CHANGE) changed, over all time.
 void NotifyStructureAndChange(ReferenceTarget* target);

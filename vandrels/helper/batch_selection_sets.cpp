@@ -1,6 +1,6 @@
 #include "helper/batch_selection_sets.h"
 
-#include "helper/module_state.h"
+#include "helper/helper_registry.h"
 #include "helper/scene_events.h"
 #include "helper/vandrels_helper.h"
 #include "inode.h"

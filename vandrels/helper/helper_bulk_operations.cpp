@@ -1,7 +1,7 @@
 #include "helper/helper_bulk_operations.h"
 
 #include "helper/collect_pass.h"
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "helper/vandrels_helper.h"
 #include "imtl.h"
 #include "inode.h"
@@ -64,7 +64,7 @@ void BindCopiedRecords(const HelperCopy& pair, const std::unordered_map<INode*, 
     for (int k = 0; k < count; ++k)
         if (!copy->refNodes[k])
             if (INode* clone = CloneOf(source->refNodes[k], clones))
-                copy->ReplaceReference(VH_FIRST_RECORD_REF + k, new RefNode(clone, copy));
+                copy->ReplaceReference(copy->Slots().NodeRecord(k), new RefNode(clone, copy));
     copy->loaded = source->loaded;
 }
 
@@ -81,9 +81,8 @@ int ResetByMask(VandrelsHelper* helper, DWORD mask) {
     if (mask & kResetLayersBit) {
         for (RenamedLayer* renamed : helper->renamedLayers) delete renamed;
         helper->renamedLayers.ZeroCount();
-        const int first = VH_FIRST_RECORD_REF + helper->refNodes.Count() + helper->refMaterials.Count();
         for (int k = helper->refLayers.Count() - 1; k >= 0; --k) {
-            helper->DeleteReference(first + k);
+            helper->DeleteReference(helper->Slots().Layer(k));
             delete helper->refLayers[k];
         }
         helper->refLayers.ZeroCount();

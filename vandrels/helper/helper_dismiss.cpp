@@ -1,7 +1,7 @@
 // Dismissing a reference: its content, records and lists go; the helper stays, empty. Deleting a helper's node
 // dismisses its reference first (scene_events.cpp).
 #include "helper/helper_error_report.h"
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "helper/reference_batch.h"
 #include "helper/vandrels_helper.h"
 #include "hold.h"
@@ -64,7 +64,7 @@ int VandrelsHelper::Dismiss() {
         };
         for (int k = refNodes.Count() - 1; k >= 0; --k) {
             if (refNodes[k]) gather(refNodes[k]->GetNode());
-            DeleteReference(VH_FIRST_RECORD_REF + k);
+            DeleteReference(Slots().NodeRecord(k));
         }
         refNodes.ZeroCount();
         for (int k = refMaterials.Count() - 1; k >= 0; --k) {
@@ -74,7 +74,7 @@ int VandrelsHelper::Dismiss() {
                     mtl->DoEnumDependents(&users);
                     for (INode* node : users.nodes) gather(node);
                 }
-            DeleteReference(VH_FIRST_RECORD_REF + k);
+            DeleteReference(Slots().MaterialRecord(k));
         }
         refMaterials.ZeroCount();
         if (!doomed.empty()) {
@@ -89,7 +89,7 @@ int VandrelsHelper::Dismiss() {
             for (int k = refLayers.Count() - 1; k >= 0; --k)
                 if (refLayers[k] && refLayers[k]->layer) DeleteLayerTree(lm, refLayers[k]->layer);
         for (int k = refLayers.Count() - 1; k >= 0; --k) {
-            DeleteReference(VH_FIRST_RECORD_REF + k);
+            DeleteReference(Slots().Layer(k));
             delete refLayers[k];
         }
         refLayers.ZeroCount();

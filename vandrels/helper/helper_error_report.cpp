@@ -1,9 +1,10 @@
 #include "helper/helper_error_report.h"
 
+#include "frame/record_failure.h"
 #include "helper/vandrels_helper.h"
 #include "inode.h"
 #include "maxexception.h"
-#include "ui/error_report.h"
+#include "helper/error_report.h"
 
 #include <cstdio>
 
@@ -26,9 +27,9 @@ MSTR DescribeHelper(VandrelsHelper* helper) {
 }
 
 MSTR ReportHelperError(VandrelsHelper* helper, const MSTR& message, const MCHAR* step, const MAXException* cause) {
-    MSTR text = message + L"\n" + DescribeHelper(helper);
-    if (step) text += MSTR(L"\nLastOperation: ") + step;
-    if (cause) text += L"\n\n" + cause->message;
+    const RecordFailure failure{message, DescribeHelper(helper), step ? std::optional<MSTR>(step) : std::nullopt,
+                                RecordFailure::CauseOf(cause)};
+    const MSTR text = failure.ToString();
     ReportError(text);
     return text;
 }

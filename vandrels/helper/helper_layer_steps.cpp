@@ -18,7 +18,7 @@ public:
     Tab<RefLayer*>& RefLayers() override { return helper_->refLayers; }
     Tab<RenamedLayer*>& RenamedLayers() override { return helper_->renamedLayers; }
     void SetLayerReference(int k, ILayer* layer) override {
-        const int ref = VH_FIRST_RECORD_REF + helper_->refNodes.Count() + helper_->refMaterials.Count() + k;
+        const int ref = helper_->Slots().Layer(k);
         if (layer)
             helper_->ReplaceReference(ref, layer);
         else

@@ -8,7 +8,7 @@
 #include "helper/layer_monitoring.h"
 #include "helper/load_work.h"
 #include "helper/merge_reference_file.h"
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "helper/name_increment.h"
 #include "helper/record_slots.h"
 #include "helper/reference_batch.h"
@@ -27,8 +27,8 @@
 #include "records/ref_node.h"
 #include "records/scene_utils.h"
 #include "resource.h"
-#include "script/settings.h"
-#include "ui/dup_names_dialog.h"
+#include "frame/settings.h"
+#include "helper/dup_names_dialog.h"
 #include "winshim.h"
 
 #include <cstdio>
@@ -48,10 +48,10 @@ constexpr long kMaxMaterialNameIncrements = 100000;
 std::wstring Key(const MCHAR* name) { return name ? std::wstring(name) : std::wstring(); }
 
 // Drops, from the last slot to the first, the empty slots and the records that carry nothing.
-template <class Record> void DropBareRecords(VandrelsHelper* helper, Tab<Record*>& records, int firstRef) {
+template <class Record> void DropBareRecords(VandrelsHelper* helper, Tab<Record*>& records, HelperSlot kind) {
     for (int k = records.Count() - 1; k >= 0; --k) {
         if (records[k] && records[k]->HasOverrides()) continue;
-        if (records[k]) helper->DeleteReference(firstRef + k);
+        if (records[k]) helper->DeleteReference(helper->Slots().SlotOf(kind, k));
         records.Delete(k, 1);
     }
 }
@@ -215,8 +215,8 @@ int VandrelsHelper::Load() {
         // What the merge step collected before it failed, if it did.
         Tab<INode*> mergedByStep;
         try {
-            DropBareRecords(this, refNodes, VH_FIRST_RECORD_REF);
-            DropBareRecords(this, refMaterials, VH_FIRST_RECORD_REF + refNodes.Count());
+            DropBareRecords(this, refNodes, HelperSlot::NodeRecord);
+            DropBareRecords(this, refMaterials, HelperSlot::MaterialRecord);
             step = IDS_STEP_LOAD_CLEANED;
 
             work.RememberPreLayers();

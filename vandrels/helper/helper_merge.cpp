@@ -1,6 +1,6 @@
 // Making a reference local: its content stays in the scene as ordinary nodes, materials and layers; the records
 // and the helper go.
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "helper/vandrels_helper.h"
 #include "hold.h"
 #include "inode.h"
@@ -8,12 +8,12 @@
 
 int VandrelsHelper::Merge() {
     vandrels::OperationModeScope mode(vandrels::kModeMerging);
-    for (int k = refNodes.Count() - 1; k >= 0; --k) DeleteReference(VH_FIRST_RECORD_REF + k);
+    for (int k = refNodes.Count() - 1; k >= 0; --k) DeleteReference(Slots().NodeRecord(k));
     refNodes.ZeroCount();
-    for (int k = refMaterials.Count() - 1; k >= 0; --k) DeleteReference(VH_FIRST_RECORD_REF + k);
+    for (int k = refMaterials.Count() - 1; k >= 0; --k) DeleteReference(Slots().MaterialRecord(k));
     refMaterials.ZeroCount();
     for (int k = refLayers.Count() - 1; k >= 0; --k) {
-        DeleteReference(VH_FIRST_RECORD_REF + k);
+        DeleteReference(Slots().Layer(k));
         delete refLayers[k];
     }
     refLayers.ZeroCount();

@@ -5,7 +5,7 @@
 #include "helper/reference_batch.h"
 #include "helper/vandrels_helper.h"
 #include "maxapi.h"
-#include "ui/dup_names_dialog.h"
+#include "helper/dup_names_dialog.h"
 
 namespace {
 constexpr int kReloadPromptMilliseconds = 2000;

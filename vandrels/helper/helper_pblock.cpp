@@ -2,7 +2,7 @@
 // reference operations.
 #include "helper/helper_params.h"
 #include "helper/layer_monitoring.h"
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "helper/vandrels_helper.h"
 #include "hold.h"
 #include "inode.h"
@@ -119,7 +119,7 @@ ParamBlockDesc2* GetVandrelsHelperParamBlockDesc() {
     if (built) return &desc;
     built = true;
     PBAccessor* accessor = &TheAccessor();
-    desc.AutoConstruct(VH_PBLOCK_REF).AutoUI(kRolloutDialog, IDS_PARAMETERS, 0);
+    desc.AutoConstruct(vandrels::HelperSlots::kParamBlock).AutoUI(kRolloutDialog, IDS_PARAMETERS, 0);
     desc.AddParam(vh_active, L"Active", TYPE_BOOL, P_RESET_DEFAULT | P_TRANSIENT, IDS_ACTIVE)
         .Default(TRUE).CheckBox(kActiveCheck).Accessor(accessor);
     desc.AddParam(vh_file_name, L"FileName", TYPE_FILENAME, P_RESET_DEFAULT, IDS_MAIN_FILE_PATH)

@@ -1,5 +1,6 @@
 #include "helper/helper_records.h"
 
+#include "helper/vandrels_helper.h"
 #include "records/ref_base.h"
 #include "records/string_tab_restore.h"
 

@@ -1,12 +1,12 @@
 // Writing a reference's nodes into a file (a new one, or the reference's own file through Overwrite). The file
 // holds the nodes under the names they carry in the reference file; the scene is left exactly as it was.
 #include "helper/helper_params.h"
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "helper/vandrels_helper.h"
 #include "inode.h"
 #include "maxapi.h"
 #include "maxexception.h"
-#include "ui/error_report.h"
+#include "helper/error_report.h"
 
 #include <unordered_set>
 #include <utility>

@@ -9,7 +9,7 @@
 #include "helper/helper_error_report.h"
 #include "helper/hold_scopes.h"
 #include "helper/load_work.h"
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "helper/node_lightening.h"
 #include "helper/reference_batch.h"
 #include "helper/vandrels_helper.h"
@@ -23,7 +23,7 @@
 #include "records/ref_node.h"
 #include "records/scene_utils.h"
 #include "resource.h"
-#include "script/settings.h"
+#include "frame/settings.h"
 #include "winshim.h"
 
 #include <vector>

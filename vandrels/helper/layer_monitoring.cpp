@@ -3,6 +3,7 @@
 // owner's RefLayer entries.
 #include "helper/layer_monitoring.h"
 
+#include "frame/record_failure.h"
 #include "ilayer.h"
 #include "inode.h"
 #include "maxapi.h"
@@ -186,20 +187,21 @@ void MonitorMergedLayers(LayerRecordOwner& owner, const WStr& prefix, Tab<Merged
 
 MSTR LayerMonitoringFailure(const MCHAR* words, const LayerStepProgress& progress, const MCHAR* stepWord,
                             const MAXException* cause) {
-    MSTR message = words;
+    RecordFailure failure;
+    failure.operation = words;
     if (const MergedLayer* entry = progress.current) {
         try {
             MSTR crashed;
-            crashed.printf(L"\nLayer Crashed: %s (%d), existed: %d, numNodes: %d", entry->name.data(),
+            crashed.printf(L"Layer Crashed: %s (%d), existed: %d, numNodes: %d", entry->name.data(),
                            int(Animatable::GetHandleByAnim(entry->layer)), entry->existed, entry->nodes.Count());
-            message += crashed;
+            failure.description = crashed;
         } catch (...) {
-            message += L"\nLayer Data Corrupted";
+            failure.description = MSTR(L"Layer Data Corrupted");
         }
     }
-    if (stepWord && *stepWord) message += MSTR(L"\nLastOperation: ") + stepWord;
-    if (cause) message += L"\n\n" + cause->message;
-    return message;
+    if (stepWord && *stepWord) failure.step = MSTR(stepWord);
+    failure.cause = RecordFailure::CauseOf(cause);
+    return failure.ToString();
 }
 
 }  // namespace vandrels

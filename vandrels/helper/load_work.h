@@ -57,7 +57,7 @@ public:
 
     // Listening. A deleted node (68) leaves the node lists for the whole load, so that no list ever holds a node
     // that is gone; it leaves the layers' node lists from the layer collection to the layer monitoring, when a
-    // deleted layer (149) leaves the merged layers too; a node added to the scene (67) joins the merged nodes
+    // deleted layer (NOTIFY_LAYER_DELETED) leaves the merged layers too; a node added to the scene (NOTIFY_SCENE_ADDED_NODE) joins the merged nodes
     // while records are bound and nodes deleted.
     void ListenForLayers(bool on);
     void ListenForAddedNodes(bool on);

@@ -1,9 +1,10 @@
 #include "helper/merge_reference_file.h"
 
+#include "frame/record_failure.h"
 #include "assetmanagement.h"
 #include "frame/module.h"
 #include "helper/helper_params.h"
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "helper/vandrels_helper.h"
 #include "imtl.h"
 #include "inode.h"
@@ -114,12 +115,12 @@ void RunMerge(VandrelsHelper* helper, const MSTR& path, Tab<INode*>& mergedNodes
         MtlBaseLib* lib;
         Tab<MtlBase*> kept;
         ~SceneMaterials() {
-            helper->DeleteReference(VH_SCENE_MTLS_REF);
+            helper->DeleteReference(HelperSlots::kSceneMaterials);
             for (MtlBase* mtl : kept) lib->Add(mtl);
         }
     } materials{helper, ip->GetSceneMtls(), {}};
     materials.kept = TakeSceneMaterials(materials.lib);
-    helper->ReplaceReference(VH_SCENE_MTLS_REF, materials.lib);
+    helper->ReplaceReference(HelperSlots::kSceneMaterials, materials.lib);
     step = IDS_STEP_MERGE_SCENE_MTLS;
 
     std::vector<INode*> marked;
@@ -135,7 +136,7 @@ void RunMerge(VandrelsHelper* helper, const MSTR& path, Tab<INode*>& mergedNodes
     step = IDS_STEP_MERGE_MERGED;
     CollectUnmarked(ip->GetRootNode(), mergedNodes);
     UnmarkScene(marked);
-    helper->DeleteReference(VH_SCENE_MTLS_REF);
+    helper->DeleteReference(HelperSlots::kSceneMaterials);
 
     // A helper inside an externally referenced scene puts the content under that scene's root.
     INode* helperNode = helper->GetNode();
@@ -188,12 +189,10 @@ int MergeReferenceFile(VandrelsHelper* helper, const MSTR& path, Tab<INode*>& me
         delete stack[stack.Count() - 1];
         stack.Delete(stack.Count() - 1, 1);
     };
+    // The step line is written even before the first step word.
     auto compose = [&step](const MCHAR* words, const MAXException* cause) {
-        MSTR message(words);
-        message += L"\nLastOperation: ";
-        if (step) message += GetStringCopy(step);
-        if (cause) message += L"\n\n" + cause->message;
-        return message;
+        return RecordFailure{words, std::nullopt, step ? GetStringCopy(step) : MSTR(), RecordFailure::CauseOf(cause)}
+            .ToString();
     };
     try {
         RunMerge(helper, path, mergedNodes, step);

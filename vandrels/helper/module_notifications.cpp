@@ -1,10 +1,14 @@
 #include "helper/module_notifications.h"
 
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "helper/render_switch.h"
 #include "helper/scene_events.h"
 #include "helper/scene_save.h"
+#include "ilayer.h"
+#include "inode.h"
+#include "maxapi.h"
 #include "notify.h"
+#include "object.h"
 
 namespace vandrels {
 namespace {
@@ -19,7 +23,7 @@ void OnSceneAboutToChange(void*, NotifyInfo* info) {
     SetOperationMode(kModeIdle);
 }
 
-// 13, 14: the saving pipeline takes referenced content out before the host writes and puts it back after.
+// NOTIFY_FILE_PRE_SAVE, NOTIFY_FILE_POST_SAVE: the saving pipeline takes referenced content out before the host writes and puts it back after.
 void OnPreSave(void*, NotifyInfo* info) { PreSave(info); }
 void OnPostSave(void*, NotifyInfo* info) { PostSave(info); }
 
@@ -41,17 +45,41 @@ struct Entry {
     NOTIFYPROC proc;
 };
 
+// The host's nested operations begin and end; the host has no names for these two codes.
+constexpr int kNotifyNestedOperationBegins = 103;
+constexpr int kNotifyNestedOperationEnds = 104;
+
 const Entry kTable[] = {
-    {5, OnSceneAboutToChange},  {7, OnSceneAboutToChange},  {9, OnSceneAboutToChange},
-    {10, OnSceneEventProc},     {13, OnPreSave},            {14, OnPostSave},
-    {20, OnPreRender},          {21, OnPostRender},         {59, OnSceneEventProc},
-    {64, OnSceneEventProc},     {68, OnSceneEventProc},     {130, OnSceneEventProc},
-    {132, OnSceneEventProc},    {150, OnSceneEventProc},    {153, OnSceneEventProc},
-    {174, OnSceneEventProc},    {184, OnSceneEventProc},    {185, OnSceneEventProc},
-    {188, OnSceneEventProc},    {197, OnSceneEventProc},    {199, OnSceneEventProc},
-    {213, OnSceneEventProc},    {214, OnSceneEventProc},    {267, OnSceneEventProc},
-    {103, OnNestingBegin},      {104, OnNestingEnd},        {113, OnMonitorSuspend},
-    {115, OnMonitorSuspend},    {114, OnMonitorResume},     {116, OnMonitorResume},
+    {NOTIFY_SYSTEM_PRE_RESET, OnSceneAboutToChange},
+    {NOTIFY_SYSTEM_PRE_NEW, OnSceneAboutToChange},
+    {NOTIFY_FILE_PRE_OPEN, OnSceneAboutToChange},
+    {NOTIFY_FILE_POST_OPEN, OnSceneEventProc},
+    {NOTIFY_FILE_PRE_SAVE, OnPreSave},
+    {NOTIFY_FILE_POST_SAVE, OnPostSave},
+    {NOTIFY_PRE_RENDER, OnPreRender},
+    {NOTIFY_POST_RENDER, OnPostRender},
+    {NOTIFY_NODE_LINKED, OnSceneEventProc},
+    {NOTIFY_NODE_CREATED, OnSceneEventProc},
+    {NOTIFY_SCENE_PRE_DELETED_NODE, OnSceneEventProc},
+    {NOTIFY_POST_NODE_BONE_PROP_CHANGED, OnSceneEventProc},
+    {NOTIFY_POST_NODE_USER_PROP_CHANGED, OnSceneEventProc},
+    {NOTIFY_NODE_LAYER_CHANGED, OnSceneEventProc},
+    {NOTIFY_NODE_RENAMED, OnSceneEventProc},
+    {NOTIFY_FILE_PRE_SAVE_PROCESS, OnSceneEventProc},
+    {NOTIFY_NAMED_SEL_SET_CREATED, OnSceneEventProc},
+    {NOTIFY_NAMED_SEL_SET_DELETED, OnSceneEventProc},
+    {NOTIFY_NAMED_SEL_SET_RENAMED, OnSceneEventProc},
+    {NOTIFY_POST_NODE_RENDER_PROP_CHANGED, OnSceneEventProc},
+    {NOTIFY_POST_NODE_DISPLAY_PROP_CHANGED, OnSceneEventProc},
+    {NOTIFY_NODE_PROPERTY_CHANGED, OnSceneEventProc},
+    {NOTIFY_NODE_STRUCTURE_CHANGED, OnSceneEventProc},
+    {NOTIFY_FILE_POST_MERGE3, OnSceneEventProc},
+    {kNotifyNestedOperationBegins, OnNestingBegin},
+    {kNotifyNestedOperationEnds, OnNestingEnd},
+    {NOTIFY_PRE_MODIFIER_ADDED, OnMonitorSuspend},
+    {NOTIFY_PRE_MODIFIER_DELETED, OnMonitorSuspend},
+    {NOTIFY_POST_MODIFIER_ADDED, OnMonitorResume},
+    {NOTIFY_POST_MODIFIER_DELETED, OnMonitorResume},
 };
 constexpr int kCount = int(sizeof(kTable) / sizeof(kTable[0]));
 

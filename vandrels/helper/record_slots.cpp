@@ -9,14 +9,14 @@ namespace vandrels {
 RefNode* AppendNodeRecord(VandrelsHelper* helper, INode* node) {
     auto* record = new RefNode(node, helper);
     helper->refNodes.Append(nullptr);
-    helper->ReplaceReference(VH_FIRST_RECORD_REF + helper->refNodes.Count() - 1, record);
+    helper->ReplaceReference(helper->Slots().NodeRecord(helper->refNodes.Count() - 1), record);
     return record;
 }
 
 RefMaterial* AppendMaterialRecord(VandrelsHelper* helper, Mtl* mtl) {
     auto* record = new RefMaterial(mtl, helper);
     helper->refMaterials.Append(nullptr);
-    helper->ReplaceReference(VH_FIRST_RECORD_REF + helper->refNodes.Count() + helper->refMaterials.Count() - 1, record);
+    helper->ReplaceReference(helper->Slots().MaterialRecord(helper->refMaterials.Count() - 1), record);
     return record;
 }
 

@@ -2,13 +2,13 @@
 
 #include "helper/batch_material_editor.h"
 #include "helper/batch_selection_sets.h"
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "helper/scene_events.h"
 #include "helper/vandrels_helper.h"
 #include "maxapi.h"
 #include "maxexception.h"
 #include "notify.h"
-#include "ui/error_report.h"
+#include "helper/error_report.h"
 #include "winshim.h"
 
 namespace vandrels {

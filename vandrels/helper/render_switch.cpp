@@ -1,6 +1,7 @@
 #include "helper/render_switch.h"
 
-#include "helper/module_state.h"
+#include "frame/module_state.h"
+#include "helper/helper_registry.h"
 #include "helper/reference_batch.h"
 #include "helper/vandrels_helper.h"
 #include "maxapi.h"

@@ -2,7 +2,8 @@
 
 #include "frame/module.h"
 #include "helper/layer_monitoring.h"
-#include "helper/module_state.h"
+#include "frame/module_state.h"
+#include "helper/helper_registry.h"
 #include "helper/vandrels_helper.h"
 #include "hold.h"
 #include "ilayer.h"
@@ -14,7 +15,7 @@
 #include "records/ref_material.h"
 #include "records/ref_node.h"
 #include "records/scene_utils.h"
-#include "script/reference_operations.h"
+#include "helper/manager_refresh.h"
 
 namespace vandrels {
 namespace {
@@ -41,7 +42,7 @@ VandrelsHelper* HelperOf(INode* node) { return node ? VandrelsHelper::FromObject
 // shows the rest and the undo buffer, which can no longer bring the reference back, is cleared.
 void AfterHelperDeleted(void*, NotifyInfo*) {
     UnRegisterNotification(AfterHelperDeleted, nullptr, NOTIFY_SCENE_POST_DELETED_NODE);
-    RefreshManagerIfOpen();
+    RequestManagerRefresh();
     theHold.FlushUndoBuffer();
 }
 
@@ -154,7 +155,7 @@ void OnSceneEvent(NotifyInfo* info) {
             RebuildSelectionSetCache();
             return;
         case NOTIFY_FILE_POST_MERGE3:
-            if (GetOperationMode() == kModeIdle) RefreshManagerIfOpen();
+            if (GetOperationMode() == kModeIdle) RequestManagerRefresh();
             return;
         case NOTIFY_FILE_PRE_SAVE_PROCESS: {
             const auto* process = static_cast<const NotifyFileProcess*>(info->callParam);

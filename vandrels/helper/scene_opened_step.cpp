@@ -3,7 +3,7 @@
 #include "helper/file_time.h"
 #include "helper/helper_params.h"
 #include "helper/merge_reference_file.h"
-#include "helper/module_state.h"
+#include "helper/helper_registry.h"
 #include "helper/reference_batch.h"
 #include "helper/vandrels_helper.h"
 #include "notify.h"

@@ -4,7 +4,8 @@
 #include "frame/module.h"
 #include "frame/placeholders.h"
 #include "helper/collect_pass.h"
-#include "helper/module_state.h"
+#include "frame/module_state.h"
+#include "helper/helper_registry.h"
 #include "helper/node_lightening.h"
 #include "helper/save_state.h"
 #include "helper/vandrels_helper.h"
@@ -20,9 +21,9 @@
 #include "records/ref_node.h"
 #include "records/scene_utils.h"
 #include "resource.h"
-#include "script/save_merged.h"
-#include "script/settings.h"
-#include "ui/error_report.h"
+#include "helper/save_merged.h"
+#include "frame/settings.h"
+#include "helper/error_report.h"
 #include "winshim.h"
 
 #include <algorithm>
@@ -72,7 +73,7 @@ bool IsClass(Animatable* item, const Class_ID& id) { return item && item->ClassI
 bool LeavesWrittenScene(INode* node) {
     RefNode* record = FindNodeRecord(node);
     if (!record || (record->GetOverrideFlags() & kNodeLocalDependents)) return false;
-    VandrelsHelper* helper = record->GetHelper();
+    VandrelsHelper* helper = VandrelsHelper::FromOwner(record->GetHelper());
     return !(helper && helper->GetPersistRef());
 }
 

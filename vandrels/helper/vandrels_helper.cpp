@@ -4,7 +4,8 @@
 #include "frame/module.h"
 #include "helper/helper_records.h"
 #include "helper/module_notifications.h"
-#include "helper/module_state.h"
+#include "frame/module_state.h"
+#include "helper/helper_registry.h"
 #include "helper/node_callback.h"
 #include "helper/scene_opened_step.h"
 #include "hold.h"
@@ -25,7 +26,7 @@ public:
     void* Create(BOOL loading) override { return new VandrelsHelper(loading); }
 };
 
-// 149: a layer is about to leave the scene; the helper whose layer it is lets go of it.
+// NOTIFY_LAYER_DELETED: a layer is about to leave the scene; the helper whose layer it is lets go of it.
 void OnLayerDeletedProc(void* param, NotifyInfo* info) {
     if (param && info && info->callParam)
         static_cast<VandrelsHelper*>(param)->OnLayerDeleted(static_cast<ILayer*>(info->callParam));
@@ -107,55 +108,48 @@ void VandrelsHelper::ReconcileReloadParameters() {
 
 // ---- References.
 
-int VandrelsHelper::NumRefs() {
-    return VH_FIRST_RECORD_REF + refNodes.Count() + refMaterials.Count() + refLayers.Count();
-}
+int VandrelsHelper::NumRefs() { return Slots().Count(); }
 
 RefTargetHandle VandrelsHelper::GetReference(int i) {
-    if (i < 0) return nullptr;
-    if (i == VH_PBLOCK_REF) return pblock;
-    if (i == VH_SCENE_MTLS_REF) return sceneMaterials;
-    i -= VH_FIRST_RECORD_REF;
-    if (i < refNodes.Count()) return refNodes[i];
-    i -= refNodes.Count();
-    if (i < refMaterials.Count()) return refMaterials[i];
-    i -= refMaterials.Count();
-    if (i < refLayers.Count()) return refLayers[i] ? refLayers[i]->layer : nullptr;
+    const vandrels::HelperSlots::Slot slot = Slots().At(i);
+    if (!slot.inRange) return nullptr;
+    switch (slot.kind) {
+    case vandrels::HelperSlot::ParamBlock: return pblock;
+    case vandrels::HelperSlot::SceneMaterials: return sceneMaterials;
+    case vandrels::HelperSlot::NodeRecord: return refNodes[slot.index];
+    case vandrels::HelperSlot::MaterialRecord: return refMaterials[slot.index];
+    case vandrels::HelperSlot::Layer: return refLayers[slot.index] ? refLayers[slot.index]->layer : nullptr;
+    }
     return nullptr;
 }
 
 void VandrelsHelper::SetReference(int i, RefTargetHandle rtarg) {
-    if (i < 0) return;
-    if (i == VH_PBLOCK_REF) {
+    const vandrels::HelperSlots::Slot slot = Slots().At(i);
+    if (!slot.inRange) return;
+    const int k = slot.index;
+    switch (slot.kind) {
+    case vandrels::HelperSlot::ParamBlock:
         pblock = static_cast<IParamBlock2*>(rtarg);
         if (pblock) {
             useNamePrefix = pblock->GetInt(vh_use_name_prefix);
             ReconcileReloadParameters();
         }
-        return;
-    }
-    if (i == VH_SCENE_MTLS_REF) {
-        sceneMaterials = rtarg;
-        return;
-    }
-    i -= VH_FIRST_RECORD_REF;
-    if (i < refNodes.Count()) {
-        vandrels::SetRecordHelper(refNodes[i], nullptr);
-        refNodes[i] = static_cast<RefNode*>(rtarg);
-        vandrels::SetRecordHelper(refNodes[i], this);
-        return;
-    }
-    i -= refNodes.Count();
-    if (i < refMaterials.Count()) {
-        vandrels::SetRecordHelper(refMaterials[i], nullptr);
-        refMaterials[i] = static_cast<RefMaterial*>(rtarg);
-        vandrels::SetRecordHelper(refMaterials[i], this);
-        return;
-    }
-    i -= refMaterials.Count();
-    if (i < refLayers.Count()) {
-        if (!refLayers[i]) refLayers[i] = new RefLayer;
-        refLayers[i]->layer = static_cast<ILayer*>(rtarg);
+        break;
+    case vandrels::HelperSlot::SceneMaterials: sceneMaterials = rtarg; break;
+    case vandrels::HelperSlot::NodeRecord:
+        vandrels::SetRecordHelper(refNodes[k], nullptr);
+        refNodes[k] = static_cast<RefNode*>(rtarg);
+        vandrels::SetRecordHelper(refNodes[k], this);
+        break;
+    case vandrels::HelperSlot::MaterialRecord:
+        vandrels::SetRecordHelper(refMaterials[k], nullptr);
+        refMaterials[k] = static_cast<RefMaterial*>(rtarg);
+        vandrels::SetRecordHelper(refMaterials[k], this);
+        break;
+    case vandrels::HelperSlot::Layer:
+        if (!refLayers[k]) refLayers[k] = new RefLayer;
+        refLayers[k]->layer = static_cast<ILayer*>(rtarg);
+        break;
     }
 }
 
@@ -180,7 +174,7 @@ void VandrelsHelper::OnLayerDeleted(ILayer* layer) {
     // The entry stays, empty: it still counts among the layer entries, and the next layer monitoring drops it.
     for (int k = refLayers.Count() - 1; k >= 0; --k)
         if (refLayers[k] && refLayers[k]->layer == layer)
-            DeleteReference(VH_FIRST_RECORD_REF + refNodes.Count() + refMaterials.Count() + k);
+            DeleteReference(Slots().Layer(k));
 }
 
 // ---- Command panel.
@@ -254,7 +248,7 @@ Tab<INode*> VandrelsHelper::GetNodes() {
 
 RefTargetHandle VandrelsHelper::Clone(RemapDir& remap) {
     auto* clone = new VandrelsHelper(FALSE);
-    clone->ReplaceReference(VH_PBLOCK_REF, remap.CloneRef(pblock));
+    clone->ReplaceReference(vandrels::HelperSlots::kParamBlock, remap.CloneRef(pblock));
     if (vandrels::GetOperationMode() == vandrels::kModeDuplicating) {
         // A duplicate keeps only the records that carry local changes; the others leave empty slots.
         clone->refNodes.SetCount(refNodes.Count());
@@ -263,10 +257,10 @@ RefTargetHandle VandrelsHelper::Clone(RemapDir& remap) {
         for (RefMaterial*& slot : clone->refMaterials) slot = nullptr;
         for (int k = 0; k < refNodes.Count(); ++k)
             if (refNodes[k] && vandrels::RecordHasOverrides(refNodes[k]))
-                clone->ReplaceReference(VH_FIRST_RECORD_REF + k, remap.CloneRef(refNodes[k]));
+                clone->ReplaceReference(clone->Slots().NodeRecord(k), remap.CloneRef(refNodes[k]));
         for (int k = 0; k < refMaterials.Count(); ++k)
             if (refMaterials[k] && vandrels::RecordHasOverrides(refMaterials[k]))
-                clone->ReplaceReference(VH_FIRST_RECORD_REF + refNodes.Count() + k, remap.CloneRef(refMaterials[k]));
+                clone->ReplaceReference(clone->Slots().MaterialRecord(k), remap.CloneRef(refMaterials[k]));
         for (WStr* name : nodesToDelete) clone->nodesToDelete.Append(new WStr(name ? *name : WStr()));
     }
     BaseClone(this, clone, remap);

@@ -6,8 +6,10 @@
 #include "frame/class_ids.h"
 #include "helper/helper_layers.h"
 #include "helper/helper_params.h"
+#include "helper/helper_slots.h"
 #include "helper/vandrels_helper_interface.h"
 #include "iparamb2.h"
+#include "records/record_owner.h"
 #include "object.h"
 
 #include <cstdint>
@@ -19,16 +21,10 @@ class RefMaterial;
 class ILoad;
 class ISave;
 
-// Reference layout: 0 the parameter block, 1 the scene material library while a merge runs, then the node
-// records, the material records and the layers.
-#define VH_PBLOCK_REF 0
-#define VH_SCENE_MTLS_REF 1
-#define VH_FIRST_RECORD_REF 2
-
 // The asset type of the helper's two file names.
 #define VH_FILE_ASSET_TYPE 7
 
-class VandrelsHelper : public HelperObject, public VandrelsHelperInterface {
+class VandrelsHelper : public HelperObject, public VandrelsHelperInterface, public RecordOwner {
 public:
     IObjParam* editInterface = nullptr;   // while edited in the command panel
     HWND rolloutWindow = nullptr;         // the parameter rollout's window while edited
@@ -55,6 +51,8 @@ public:
     // Whether obj is a reference helper; the helper itself or null.
     static bool IsVandrelsHelper(Object* obj);
     static VandrelsHelper* FromObject(Object* obj);
+    // The helper behind a record's owner (every record owner is a helper); null for null.
+    static VandrelsHelper* FromOwner(RecordOwner* owner) { return static_cast<VandrelsHelper*>(owner); }
 
     // Identity.
     Class_ID ClassID() override { return VANDRELS_HELPER_CLASS_ID; }
@@ -71,7 +69,10 @@ public:
     // Brings PersistReloadType in step with ReloadIfChanged (a reload type of 2 is left alone).
     void ReconcileReloadParameters();
 
-    // References and sub-anims.
+    // References and sub-anims, in the layout of helper_slots.h.
+    vandrels::HelperSlots Slots() const {
+        return vandrels::HelperSlots(refNodes.Count(), refMaterials.Count(), refLayers.Count());
+    }
     int NumRefs() override;
     RefTargetHandle GetReference(int i) override;
     void SetReference(int i, RefTargetHandle rtarg) override;
@@ -81,7 +82,7 @@ public:
     int NumSubs() override { return 1; }
     Animatable* SubAnim(int i) override { return i == 0 ? pblock : nullptr; }
     MSTR SubAnimName(int i, bool = true) override { return i == 0 ? MSTR(L"pblock") : MSTR(); }
-    int SubNumToRefNum(int subNum) override { return subNum == 0 ? VH_PBLOCK_REF : -1; }
+    int SubNumToRefNum(int subNum) override { return subNum == 0 ? vandrels::HelperSlots::kParamBlock : -1; }
     Interval ObjectValidity(TimeValue) override { return FOREVER; }
 
     // Command panel, creation, assets, cloning, saving.
@@ -113,21 +114,21 @@ public:
 
     // Services records call on their helper.
     // The helper node's name while UseNamePrefix is on, else empty.
-    WStr GetNamePrefix();
-    BOOL GetPersistRef();
-    DWORD GetPassCounter() const { return passCounter; }
-    void RegisterWithHelper(RefAnim* record) { pendingRecords.Append(record); }
+    WStr GetNamePrefix() override;
+    BOOL GetPersistRef() override;
+    DWORD GetPassCounter() const override { return passCounter; }
+    void RegisterWithHelper(RefAnim* record) override { pendingRecords.Append(record); }
     // Makes node one of the reference's nodes: a new node record, named name in the reference file (an
     // override of the name) or, without name, by the node's own name; that name leaves nodesToDelete and the
     // node's dependents hear of the adoption. Null, changing nothing, for no node or a node that has a record.
-    RefNode* AdoptNode(INode* node, const MCHAR* name);
+    RefNode* AdoptNode(INode* node, const MCHAR* name) override;
     // Whether a render must reload the helper: it holds loaded nested content that may switch, or its proxy
     // settings for viewport and render differ.
     bool NeedsRenderSwitching();
     // True while a merge is in progress or when the helper's node is not under the open scene's own root.
-    bool IsNested();
+    bool IsNested() override;
     // Deletes every entry equal to name from nodesToDelete (undoable while the hold is holding).
-    void ForgetName(const MCHAR* name);
+    void ForgetName(const MCHAR* name) override;
     // The helper's node (the first node whose object is this helper); null when none.
     INode* GetNode();
 

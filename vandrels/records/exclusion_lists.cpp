@@ -13,7 +13,7 @@ const Class_ID kNodeContainer(0x2A930130, 0x168B3DD9);
 
 // The node record of node when it belongs to helper (to any helper when helper is null), else null. The
 // record hangs on its node's property list.
-RefNode* RecordOf(INode* node, VandrelsHelper* helper) {
+RefNode* RecordOf(INode* node, RecordOwner* helper) {
     AnimProperty* prop = node ? node->GetAProp(REFBASE_PROPERTY_ID) : nullptr;
     if (!prop) return nullptr;
     auto* record = static_cast<RefBase*>(prop);
@@ -64,7 +64,7 @@ INodeListEffect* NodeListsInterface(ReferenceTarget* item) {
 
 }  // namespace
 
-void CollectLightExclusions(VandrelsHelper* helper) {
+void CollectLightExclusions(RecordOwner* helper) {
     ReferenceTarget* container = NodeContainer();
     if (!container) return;
     for (int i = 0; i < container->NumRefs(); ++i) {
@@ -88,7 +88,7 @@ void CollectLightExclusions(VandrelsHelper* helper) {
     }
 }
 
-void CollectOtherExclusions(VandrelsHelper* helper) {
+void CollectOtherExclusions(RecordOwner* helper) {
     Interface* core = GetCOREInterface();
     for (int i = 0; i < core->NumSceneEffects(); ++i) {
         ReferenceTarget* item = core->GetSceneEffect(i);

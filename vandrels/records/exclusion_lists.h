@@ -5,17 +5,17 @@
 
 class INode;
 class ReferenceTarget;
-class VandrelsHelper;
+class RecordOwner;
 
 // Every light with an include/exclude list loses the list's empty entries (nodes deleted since), and every
 // listed node that has a node record of helper (of any helper when helper is null) gets the light on the
 // record's scratch light list.
-void CollectLightExclusions(VandrelsHelper* helper);
+void CollectLightExclusions(RecordOwner* helper);
 
 // Every scene effect of the kinds with node lists (three lists, or one): each listed node that has a node
 // record of helper (of any helper when null) gets the effect with the list's index on the record's scratch
 // list of other exclusions.
-void CollectOtherExclusions(VandrelsHelper* helper);
+void CollectOtherExclusions(RecordOwner* helper);
 
 // Appends node to item's node list listIndex (0 to 2). False when item has no node lists, the index is
 // outside them or the list did not take the node.

@@ -1,12 +1,14 @@
 #include "records/ref_base.h"
 
+#include "anims/record_codes.h"
+#include "frame/record_failure.h"
 #include "anims/classifier.h"
 #include "anims/ref_anim.h"
 #include "anims/ref_anim_factory.h"
 #include "frame/class_desc.h"
 #include "frame/module.h"
-#include "helper/module_state.h"
-#include "helper/vandrels_helper.h"
+#include "frame/module_state.h"
+#include "records/record_owner.h"
 #include "hold.h"
 #include "ioapi.h"
 #include "listener.h"
@@ -36,8 +38,6 @@ constexpr PartID kPartDeferred = 214;
 // A query from another target: the record answers with its target in the part slot.
 constexpr RefMessage kMsgTargetQuery = 0x8663DFA8;
 constexpr SClass_ID kCustAttribSuperClass = 0x1160;
-constexpr std::uint32_t kCodePlainRecord = 0x00010001;
-constexpr std::uint32_t kCodeCustAttribRecord = 0x00030007;
 constexpr std::uint32_t kKindListCtrl = 0x0008;
 // Descent stops once a path holds this many names.
 constexpr int kMaxPathNames = 100;
@@ -77,26 +77,20 @@ bool StartsWith(const Tab<int>& path, const Tab<int>& prefix) {
 
 // The failure of one animatable record, thrown on with the record's description.
 [[noreturn]] void ThrowRecordFailure(const MCHAR* text, RefAnim* record, const MAXException* cause) {
-    MSTR message = text;
-    message += L"\n";
+    MSTR description;
     try {
-        message += record->GetInfo();
+        description = record->GetInfo();
     } catch (...) {
-        message += record->GetTypeName();
+        description = record->GetTypeName();
     }
-    if (cause) message += L"\n\n" + cause->message;
-    throw MAXException(message, 0);
+    vandrels::RecordFailure{text, description, std::nullopt, vandrels::RecordFailure::CauseOf(cause)}.Throw();
 }
 
 // Runs one operation of an animatable record; a failure becomes the owner's report with the given texts.
 template <class Op> void RunRecordStep(RefAnim* record, const MCHAR* text, const MCHAR* unknownText, Op op) {
-    try {
-        op();
-    } catch (const MAXException& e) {
-        ThrowRecordFailure(text, record, &e);
-    } catch (...) {
-        ThrowRecordFailure(unknownText, record, nullptr);
-    }
+    vandrels::RunInErrorFrame(text, unknownText, op, [record](const MCHAR* words, const MAXException* cause) {
+        ThrowRecordFailure(words, record, cause);
+    });
 }
 
 }  // namespace
@@ -159,7 +153,7 @@ struct RefBaseWalk {
         const bool make = !(code & kCodeNoRescanRecord) &&
                           (code == kCodeNoRecord || (code & (kCodeMakeRecord | kCodeCountReplaced)));
         if (make) {
-            const std::uint32_t kind = (code & kCodeKindOnReplace) ? code : kCodePlainRecord;
+            const std::uint32_t kind = (code & kCodeKindOnReplace) ? code : kCodePlain;
             record.CreateRefAnim(kind, anim, CopyNames(names), numbers, kOverrideReplaced);
         }
         int count = CountSubAnims(anim, parent);
@@ -228,7 +222,7 @@ struct RefBaseWalk {
             Animatable* sub = liveSub(at, name);
             if (sub && sub->SuperClassID() == kCustAttribSuperClass && names.Count() < kMaxPathNames) {
                 push(name, at);
-                record.CreateRefAnim(kCodeCustAttribRecord, sub, CopyNames(names), numbers, kOverrideAdded);
+                record.CreateRefAnim(kCodeCA, sub, CopyNames(names), numbers, kOverrideAdded);
                 pop();
             }
             return;
@@ -240,7 +234,7 @@ struct RefBaseWalk {
             RefSubAnim* gone = node->children[at];
             if (gone && gone->superClass == kCustAttribSuperClass && names.Count() < kMaxPathNames) {
                 push(node->names[at] ? *node->names[at] : MSTR(), at);
-                record.CreateRefAnim(kCodeCustAttribRecord, nullptr, CopyNames(names), numbers, kOverrideRemoved);
+                record.CreateRefAnim(kCodeCA, nullptr, CopyNames(names), numbers, kOverrideRemoved);
                 pop();
             }
             return;

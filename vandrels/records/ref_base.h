@@ -14,7 +14,7 @@
 #include <memory>
 
 class RefAnim;
-class VandrelsHelper;
+class RecordOwner;
 struct NotifyInfo;
 
 // Property id under which a record hangs on its target.
@@ -50,8 +50,8 @@ public:
     virtual MSTR GetNamePrefix();
     virtual ReferenceTarget* GetTarget() { return target_; }
     // The helper that owns the record (not a reference); null until a helper adopts it.
-    virtual VandrelsHelper* GetHelper() { return helper_; }
-    void SetHelper(VandrelsHelper* helper) { helper_ = helper; }
+    virtual RecordOwner* GetHelper() { return helper_; }
+    void SetHelper(RecordOwner* helper) { helper_ = helper; }
     // True when any animatable record reports an override.
     virtual bool HasOverrides();
     virtual bool IsHelperNested();
@@ -136,7 +136,7 @@ private:
     void unregisterPostProcess();
     static void postProcessProc(void* param, NotifyInfo* info);
 
-    VandrelsHelper* helper_ = nullptr;
+    RecordOwner* helper_ = nullptr;
     ReferenceTarget* target_ = nullptr;
     Tab<RefAnim*> refAnims_;
     std::unique_ptr<RefSubAnim> tree_;

@@ -1,9 +1,10 @@
 #include "records/ref_material.h"
 
+#include "frame/record_failure.h"
 #include "frame/class_desc.h"
 #include "frame/module.h"
-#include "helper/module_state.h"
-#include "helper/vandrels_helper.h"
+#include "frame/module_state.h"
+#include "records/record_owner.h"
 #include "hold.h"
 #include "imtl.h"
 #include "ioapi.h"
@@ -35,7 +36,7 @@ MSTR Prefixed(const MSTR& prefix, const MSTR& name) { return prefix.isNull() ? n
 
 // ------------------------------------------------------------------------------------------ construction
 
-RefMaterial::RefMaterial(Mtl* mtl, VandrelsHelper* helper) {
+RefMaterial::RefMaterial(Mtl* mtl, RecordOwner* helper) {
     SetHelper(helper);
     runInErrorFrame(L"Error Creating RefMaterial", L"Unknown Error Creating RefMaterial", [&] {
         ReplaceReference(0, mtl);
@@ -62,28 +63,22 @@ MSTR RefMaterial::SubAnimName(int i, bool) { return i == 0 ? MSTR(L"Material") :
 // ------------------------------------------------------------------------------------------ failures
 
 template <class Op> void RefMaterial::runInErrorFrame(const MCHAR* words, const MCHAR* unknownWords, Op op) {
-    try {
-        op();
-    } catch (const MAXException& e) {
-        fail(words, &e);
-    } catch (...) {
-        fail(unknownWords, nullptr);
-    }
+    vandrels::RunInErrorFrame(words, unknownWords, op,
+                              [this](const MCHAR* failed, const MAXException* cause) { fail(failed, cause); });
 }
 
 void RefMaterial::fail(const MCHAR* words, const MAXException* cause) {
-    MSTR message = words;
-    message += L"\n";
+    MSTR description;
     try {
-        message += GetInfo();
+        description = GetInfo();
     } catch (...) {
         Mtl* mtl = GetMaterial();
-        message += mtl ? mtl->GetName() : MSTR(L"Unknown Name");
+        description = mtl ? mtl->GetName() : MSTR(L"Unknown Name");
     }
+    const vandrels::RecordFailure failure{words, description, std::nullopt, vandrels::RecordFailure::CauseOf(cause)};
     SetBusy(0);
     DeleteReference(0);
-    if (cause) message += L"\n\n" + cause->message;
-    throw MAXException(message, 0);
+    failure.Throw();
 }
 
 // ------------------------------------------------------------------------------------------ protocol
@@ -194,7 +189,7 @@ RefResult RefMaterial::NotifyRefChanged(const Interval& changeInt, RefTargetHand
 }
 
 BOOL RefMaterial::IsRealDependency(ReferenceTarget* target) {
-    VandrelsHelper* helper = GetHelper();
+    RecordOwner* helper = GetHelper();
     if (helper && helper->GetPersistRef()) return TRUE;
     if (!target || target != GetTarget()) return RefBase::IsRealDependency(target);
     if (!vandrels::AreRecordsInessential()) return TRUE;

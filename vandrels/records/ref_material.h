@@ -23,7 +23,7 @@ public:
     RefMaterial() = default;
     // A record for mtl owned by helper; bound, it takes the material's name as its reference name and builds its
     // sub-animatable tree. Throws MAXException ("Error Creating RefMaterial") when that fails.
-    RefMaterial(Mtl* mtl, VandrelsHelper* helper);
+    RefMaterial(Mtl* mtl, RecordOwner* helper);
 
     Class_ID ClassID() override { return REFMATERIAL_CLASS_ID; }
 

@@ -1,9 +1,10 @@
 #include "records/ref_node.h"
 
+#include "frame/record_failure.h"
 #include "anims/ref_anim.h"
 #include "frame/module.h"
-#include "helper/module_state.h"
-#include "helper/vandrels_helper.h"
+#include "frame/module_state.h"
+#include "records/record_owner.h"
 #include "hold.h"
 #include "imtl.h"
 #include "inode.h"
@@ -43,7 +44,7 @@ int HandleOf(Animatable* item) { return item ? int(Animatable::GetHandleByAnim(i
 
 RefNode::RefNode() { registerNotifications(); }
 
-RefNode::RefNode(INode* node, VandrelsHelper* helper) {
+RefNode::RefNode(INode* node, RecordOwner* helper) {
     SetHelper(helper);
     registerNotifications();
     runInErrorFrame(L"Error Creating RefNode", L"Unknown Error Creating RefNode", [&] {
@@ -111,112 +112,93 @@ void RefNode::runInErrorFrame(const MCHAR* words, const MCHAR* unknownWords, con
 }
 
 void RefNode::fail(const MCHAR* words, int step, const MAXException* cause) {
-    MSTR message = words;
-    message += L"\n";
+    MSTR description;
     try {
-        message += GetInfo();
+        description = GetInfo();
     } catch (...) {
         INode* node = GetNode();
-        message += node ? MSTR(node->GetName()) : MSTR(L"Unknown Name");
+        description = node ? MSTR(node->GetName()) : MSTR(L"Unknown Name");
     }
-    if (step) message += MSTR(L"\nLastOperation: ") + GetStringCopy(step);
+    const vandrels::RecordFailure failure{words, description, vandrels::RecordFailure::StepOf(step),
+                                          vandrels::RecordFailure::CauseOf(cause)};
     SetBusy(0);
     DeleteReference(0);
-    if (cause) message += L"\n\n" + cause->message;
-    throw MAXException(message, 0);
+    failure.Throw();
 }
 
 // ------------------------------------------------------------------------------------------ references
 
-int RefNode::NumRefs() {
-    return ownBase() + 4 + children_.Count() + numModRefs() + exclusionLights_.Count() + exclusionOthers_.Count();
-}
+int RefNode::NumRefs() { return Slots().Count(); }
 
 RefTargetHandle RefNode::GetReference(int i) {
-    const int b = ownBase();
-    if (i < b) return RefBase::GetReference(i);
-    int k = i - b;
-    if (k == 0) return (overrideFlags_ & kNodeMaterial) ? material_ : nullptr;
-    if (k == 1) return parent_;
-    k -= 2;
-    if (k < children_.Count()) return children_[k];
-    k -= children_.Count();
-    if (k == 0) return layer_;
-    k -= 1;
-    if (k < wsMods_.Count()) return wsMods_[k] ? wsMods_[k]->modifier : nullptr;
-    k -= wsMods_.Count();
-    if (k < osMods_.Count()) return osMods_[k] ? osMods_[k]->modifier : nullptr;
-    k -= osMods_.Count();
-    if (k < exclusionLights_.Count()) return exclusionLights_[k];
-    k -= exclusionLights_.Count();
-    if (k == 0) return localDependent_;
-    k -= 1;
-    if (k < exclusionOthers_.Count()) return exclusionOthers_[k];
+    using vandrels::NodeRecordSlot;
+    const vandrels::NodeRecordSlots::Slot slot = Slots().At(i);
+    if (!slot.inRange) return i < 0 ? RefBase::GetReference(i) : nullptr;
+    const int k = slot.index;
+    switch (slot.kind) {
+    case NodeRecordSlot::Base: return RefBase::GetReference(i);
+    case NodeRecordSlot::Material: return (overrideFlags_ & kNodeMaterial) ? material_ : nullptr;
+    case NodeRecordSlot::Parent: return parent_;
+    case NodeRecordSlot::Child: return children_[k];
+    case NodeRecordSlot::Layer: return layer_;
+    case NodeRecordSlot::WorldSpaceModifier: return wsMods_[k] ? wsMods_[k]->modifier : nullptr;
+    case NodeRecordSlot::ObjectSpaceModifier: return osMods_[k] ? osMods_[k]->modifier : nullptr;
+    case NodeRecordSlot::ExclusionLight: return exclusionLights_[k];
+    case NodeRecordSlot::LocalDependent: return localDependent_;
+    case NodeRecordSlot::ExclusionOther: return exclusionOthers_[k];
+    }
     return nullptr;
 }
 
 void RefNode::SetReference(int i, RefTargetHandle target) {
-    const int b = ownBase();
-    if (i < b) {
+    using vandrels::NodeRecordSlot;
+    const vandrels::NodeRecordSlots::Slot slot = Slots().At(i);
+    if (!slot.inRange) {
+        if (i < 0) RefBase::SetReference(i, target);
+        return;
+    }
+    const int k = slot.index;
+    switch (slot.kind) {
+    case NodeRecordSlot::Base:
         if (i == 0 && target && target->SuperClassID() != BASENODE_CLASS_ID) target = nullptr;
         RefBase::SetReference(i, target);
         // The first node bound names the record.
         if (i == 0 && target && referenceName_.isNull()) referenceName_ = static_cast<INode*>(target)->GetName();
-        return;
-    }
-    int k = i - b;
-    if (k == 0) {
-        material_ = dynamic_cast<Mtl*>(target);
-        return;
-    }
-    if (k == 1) {
-        parent_ = target;
-        return;
-    }
-    k -= 2;
-    if (k < children_.Count()) {
-        children_[k] = dynamic_cast<INode*>(target);
-        return;
-    }
-    k -= children_.Count();
-    if (k == 0) {
-        layer_ = target;
-        return;
-    }
-    k -= 1;
-    if (k < numModRefs()) {
-        Tab<RefModifier*>& list = k < wsMods_.Count() ? wsMods_ : osMods_;
-        RefModifier*& entry = list[k < wsMods_.Count() ? k : k - wsMods_.Count()];
+        break;
+    case NodeRecordSlot::Material: material_ = dynamic_cast<Mtl*>(target); break;
+    case NodeRecordSlot::Parent: parent_ = target; break;
+    case NodeRecordSlot::Child: children_[k] = dynamic_cast<INode*>(target); break;
+    case NodeRecordSlot::Layer: layer_ = target; break;
+    case NodeRecordSlot::WorldSpaceModifier:
+    case NodeRecordSlot::ObjectSpaceModifier: {
+        Tab<RefModifier*>& list = slot.kind == NodeRecordSlot::WorldSpaceModifier ? wsMods_ : osMods_;
+        RefModifier*& entry = list[k];
         // A modifier restored into an empty position (saved as referenced) stands there as referenced.
         if (!entry && target) entry = new RefModifier(dynamic_cast<Modifier*>(target), kModFromReference, -1);
         if (!entry) return;
         if (!entry->modifier && target)
             if (Modifier* mod = dynamic_cast<Modifier*>(target)) entry->toggles = ReadModifierToggles(mod);
         entry->modifier = target;
-        return;
+        break;
     }
-    k -= numModRefs();
-    if (k < exclusionLights_.Count()) {
+    case NodeRecordSlot::ExclusionLight: {
         ReferenceTarget* old = exclusionLights_[k];
         exclusionLights_[k] = target;
         if (old && target != old) takeOverExclusion(target, -1);
-        return;
+        break;
     }
-    k -= exclusionLights_.Count();
-    if (k == 0) {
-        localDependent_ = target;
-        return;
-    }
-    k -= 1;
-    if (k < exclusionOthers_.Count()) {
+    case NodeRecordSlot::LocalDependent: localDependent_ = target; break;
+    case NodeRecordSlot::ExclusionOther: {
         ReferenceTarget* old = exclusionOthers_[k];
         exclusionOthers_[k] = target;
         if (old && target != old) takeOverExclusion(target, k < exclusionModes_.Count() ? exclusionModes_[k] : 0);
+        break;
+    }
     }
 }
 
 BOOL RefNode::CanTransferReference(int i) {
-    return i >= ownBase() && vandrels::GetOperationMode() == vandrels::kModeLoading;
+    return i >= Slots().Material() && vandrels::GetOperationMode() == vandrels::kModeLoading;
 }
 
 // ------------------------------------------------------------------------------------------ protocol
@@ -225,7 +207,7 @@ void RefNode::Collect() {
     runInErrorFrame(L"Error Collecting RefNode", L"Unknown Error Collecting RefNode", [&] {
         nodeLoadedAtCollect_ = nodeLoaded_;
         if (!nodeLoaded_) return;
-        VandrelsHelper* helper = GetHelper();
+        RecordOwner* helper = GetHelper();
         if (!(vandrels::GetOperationMode() == vandrels::kModeSaving && helper && helper->GetPersistRef()))
             nodeLoaded_ = 0;
         INode* node = GetNode();
@@ -537,16 +519,16 @@ void RefNode::BaseClone(ReferenceTarget* from, ReferenceTarget* to, RemapDir& re
     dst->modCountsAtMerge_[0] = src->modCountsAtMerge_[0];
     dst->modCountsAtMerge_[1] = src->modCountsAtMerge_[1];
     src->cloneModifiersTo(dst);
-    const int b = dst->ownBase();
+    const vandrels::NodeRecordSlots slots = dst->Slots();
     if (flags & kNodeMaterial)
-        dst->ReplaceReference(b, src->material_);
+        dst->ReplaceReference(slots.Material(), src->material_);
     else
         dst->material_ = src->material_;
     if (ReferenceTarget* parent = src->parent_) {
         if (parent->SuperClassID() == REFBASE_SUPER_CLASS_ID)
-            remap.AddPostPatchProc(new ParentPatch(dst, b + 1, parent), true);
+            remap.AddPostPatchProc(new ParentPatch(dst, slots.Parent(), parent), true);
         else
-            dst->ReplaceReference(b + 1, parent);
+            dst->ReplaceReference(slots.Parent(), parent);
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include "geom.h"
 #include "records/node_state.h"
+#include "records/node_record_slots.h"
 #include "records/ref_base.h"
 #include "records/ref_modifier.h"
 
@@ -73,7 +74,7 @@ public:
     RefNode();
     // A record for node owned by helper: it takes the node's name as its reference name and builds its modifier
     // mirrors and animatable records. Throws MAXException ("Error Creating RefNode") when that fails.
-    RefNode(INode* node, VandrelsHelper* helper);
+    RefNode(INode* node, RecordOwner* helper);
     ~RefNode() override;
 
     Class_ID ClassID() override { return REFNODE_CLASS_ID; }
@@ -147,6 +148,11 @@ public:
 
     // References: the base ones, then material, parent, children, layer, the modifiers of the world-space and
     // then the object-space mirror, exclusion lights, local dependent and the other exclusion items.
+    // The record's reference slots, in the layout of node_record_slots.h.
+    vandrels::NodeRecordSlots Slots() const {
+        return vandrels::NodeRecordSlots({NumBaseRefs(), children_.Count(), wsMods_.Count(), osMods_.Count(),
+                                          exclusionLights_.Count(), exclusionOthers_.Count()});
+    }
     int NumRefs() override;
     RefTargetHandle GetReference(int i) override;
     void SetReference(int i, RefTargetHandle target) override;
@@ -209,8 +215,8 @@ private:
     void onRenderMessage(INode* node);
     void onDisplayMessage(INode* node, PartID part);
     void onGeneralChange(INode* node);
-    // Modifier monitoring's share of the node's messages (249, 80 with the object-chain part, the mirror check
-    // of a general change) and of the collect pass; they come with the modifier overrides.
+    // Modifier monitoring's share of the node's messages (REFMSG_MODIFIER_STACK_CHANGED, REFMSG_CHANGE with the
+    // object-chain part, the mirror check of a general change) and of the collect pass; they come with the modifier overrides.
     void onModifierMessage(RefMessage message, PartID part);
     void collectModifierChanges();
     void applyModifierOverrides();
@@ -238,12 +244,6 @@ private:
     void dropChildren();
 
     // Reference bookkeeping of the node record's own lists.
-    int parentRef() const { return ownBase() + 1; }
-    int firstChildRef() const { return ownBase() + 2; }
-    int layerRef() const { return ownBase() + 2 + children_.Count(); }
-    int firstExclusionLightRef() const { return firstModRef() + numModRefs(); }
-    int localDependentRef() const { return firstExclusionLightRef() + exclusionLights_.Count(); }
-    int firstExclusionOtherRef() const { return localDependentRef() + 1; }
     void setMaterialRef(Mtl* mtl);
     void appendChild(INode* child);
     void removeChild(int position);
@@ -255,10 +255,10 @@ private:
     // Ends a failed operation: lets go of the node and throws the composed message.
     [[noreturn]] void fail(const MCHAR* words, int step, const MAXException* cause);
     void runInErrorFrame(const MCHAR* words, const MCHAR* unknownWords, const std::function<void()>& op);
-    int ownBase() const { return NumBaseRefs(); }
-    // The reference index of the first world-space mirror entry; the object-space entries follow.
-    int firstModRef() const { return ownBase() + 3 + children_.Count(); }
-    int numModRefs() const { return wsMods_.Count() + osMods_.Count(); }
+    // The slot of the position-th entry of list (the world-space or the object-space mirror).
+    int modSlot(const Tab<RefModifier*>& list, int position) const {
+        return &list == &wsMods_ ? Slots().WorldSpaceModifier(position) : Slots().ObjectSpaceModifier(position);
+    }
     // Appends entry to list (the world-space or object-space mirror) and references its modifier.
     void appendModEntry(Tab<RefModifier*>& list, RefModifier* entry, ReferenceTarget* mod);
     // Lets go of the modifiers of list and frees its entries.

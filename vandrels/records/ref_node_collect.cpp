@@ -85,11 +85,11 @@ void RefNode::refreshLocalDependent(INode* node) {
     }
     UndoBypass bypass;
     if (found) {
-        if (localDependent_ != found) ReplaceReference(localDependentRef(), found);
+        if (localDependent_ != found) ReplaceReference(Slots().LocalDependent(), found);
         setFlagsSilently(kNodeObjectLocalDep, kNodeObjectLocalDep);
     } else {
         setFlagsSilently(kNodeObjectLocalDep, 0);
-        if (localDependent_) DeleteReference(localDependentRef());
+        if (localDependent_) DeleteReference(Slots().LocalDependent());
     }
 }
 

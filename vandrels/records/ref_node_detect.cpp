@@ -1,6 +1,6 @@
 // The node record's detection of local edits: the reference messages of its node (and of the helper's scene
 // events, sent as the library's node messages) set override bits and store the local values.
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "hold.h"
 #include "ilayer.h"
 #include "imtl.h"
@@ -148,7 +148,7 @@ void RefNode::onParentChanged(INode* node) {
         stored = parentRecord ? static_cast<ReferenceTarget*>(parentRecord) : parent;
     }
     SetOverrideFlags(kNodeParent, kNodeParent);
-    ReplaceReference(parentRef(), stored);
+    ReplaceReference(Slots().Parent(), stored);
     // The node keeps its place in the world under the new parent.
     const TimeValue t = GetCOREInterface()->GetTime();
     Matrix3 tm = node->GetNodeTM(t);
@@ -167,7 +167,7 @@ void RefNode::onLayerChanged(INode* node) {
     if (ownStep) theHold.Begin();
     try {
         SetOverrideFlags(kNodeLayer, kNodeLayer);
-        ReplaceReference(layerRef(), node->GetLayer());
+        ReplaceReference(Slots().Layer(), node->GetLayer());
     } catch (...) {
         if (ownStep) theHold.Cancel();
         throw;
@@ -204,6 +204,6 @@ void RefNode::onGeneralChange(INode* node) {
     onDisplayMessage(node, 0);
 }
 
-// Modifier monitoring hears 249 and 80 (object chain) and checks the object-space mirror on a general change;
-// it arrives with the modifier overrides. Until then these messages change nothing on the record.
+// Modifier monitoring hears REFMSG_MODIFIER_STACK_CHANGED and REFMSG_CHANGE (object chain) and checks the
+// object-space mirror on a general change; it arrives with the modifier overrides. Until then these messages change nothing on the record.
 void RefNode::onModifierMessage(RefMessage, PartID) {}

@@ -1,5 +1,5 @@
 // The node record's chunks in a scene file: fixed chunks always, the local values only with their override bits.
-#include "helper/vandrels_helper.h"
+#include "records/record_owner.h"
 #include "ioapi.h"
 #include "records/chunk_io.h"
 #include "records/ref_node.h"
@@ -224,7 +224,7 @@ IOResult RefNode::Save(ISave* isave) {
         if (p.Save(isave, kBonePropsChunk) != IO_OK) return IO_ERROR;
     }
     if ((f & kNodeTmLocks) && chunkio::SaveValueChunk(isave, kTmLocksChunk, tmLocks_) != IO_OK) return IO_ERROR;
-    if (VandrelsHelper* helper = GetHelper(); helper && helper->GetPersistRef()) {
+    if (RecordOwner* helper = GetHelper(); helper && helper->GetPersistRef()) {
         Payload p;
         p.Add(modCountsAtMerge_[0]).Add(modCountsAtMerge_[1]);
         if (p.Save(isave, kModCountsChunk) != IO_OK) return IO_ERROR;
@@ -264,7 +264,7 @@ IOResult RefNode::Load(ILoad* iload) {
 }
 
 IOResult RefNode::saveModifierChunks(ISave* isave) {
-    VandrelsHelper* helper = GetHelper();
+    RecordOwner* helper = GetHelper();
     const bool persist = helper && helper->GetPersistRef();
     // Referenced modifiers come back with the reference file: they keep only their position, unless the
     // referenced content is saved with the scene.

@@ -32,17 +32,17 @@ private:
     Tab<ULONG> handles_;
 };
 
-void RefNode::setMaterialRef(Mtl* mtl) { ReplaceReference(ownBase(), mtl); }
+void RefNode::setMaterialRef(Mtl* mtl) { ReplaceReference(Slots().Material(), mtl); }
 
 void RefNode::appendChild(INode* child) {
     UndoBypass bypass;
     const int position = children_.Append(nullptr);
-    ReplaceReference(firstChildRef() + position, child);
+    ReplaceReference(Slots().Child(position), child);
 }
 
 void RefNode::removeChild(int position) {
     UndoBypass bypass;
-    DeleteReference(firstChildRef() + position);
+    DeleteReference(Slots().Child(position));
     children_.Delete(position, 1);
 }
 
@@ -55,12 +55,12 @@ void RefNode::dropChildren() {
 void RefNode::appendExclusionLight(ReferenceTarget* light) {
     UndoBypass bypass;
     const int position = exclusionLights_.Append(nullptr);
-    ReplaceReference(firstExclusionLightRef() + position, light);
+    ReplaceReference(Slots().ExclusionLight(position), light);
 }
 
 void RefNode::removeExclusionLight(int position) {
     UndoBypass bypass;
-    DeleteReference(firstExclusionLightRef() + position);
+    DeleteReference(Slots().ExclusionLight(position));
     exclusionLights_.Delete(position, 1);
 }
 
@@ -69,12 +69,12 @@ void RefNode::appendExclusionOther(ReferenceTarget* item, int listIndex) {
     const int position = exclusionOthers_.Append(nullptr);
     exclusionModes_.SetCount(exclusionOthers_.Count());
     exclusionModes_[position] = listIndex;
-    ReplaceReference(firstExclusionOtherRef() + position, item);
+    ReplaceReference(Slots().ExclusionOther(position), item);
 }
 
 void RefNode::removeExclusionOther(int position) {
     UndoBypass bypass;
-    DeleteReference(firstExclusionOtherRef() + position);
+    DeleteReference(Slots().ExclusionOther(position));
     exclusionOthers_.Delete(position, 1);
     if (position < exclusionModes_.Count()) exclusionModes_.Delete(position, 1);
 }

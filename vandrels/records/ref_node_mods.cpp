@@ -1,7 +1,7 @@
 // The node record's modifier mirrors: building them from the node's stacks, taking over the change entries of
 // a node that shares a derived object, their references, cloning, the resets and the diagnostics lines.
-#include "helper/module_state.h"
-#include "helper/vandrels_helper.h"
+#include "frame/module_state.h"
+#include "records/record_owner.h"
 #include "inode.h"
 #include "maxexception.h"
 #include "object.h"
@@ -147,14 +147,12 @@ int RefNode::mergeInstancedChanges(int sharedCount, RefNode* other) {
 void RefNode::appendModEntry(Tab<RefModifier*>& list, RefModifier* entry, ReferenceTarget* mod) {
     if (entry) entry->modifier = nullptr;
     const int position = list.Append(entry);
-    const int index = firstModRef() + (&list == &wsMods_ ? 0 : wsMods_.Count()) + position;
-    if (entry && mod) ReplaceReference(index, mod);
+    if (entry && mod) ReplaceReference(modSlot(list, position), mod);
 }
 
 void RefNode::dropModEntries(Tab<RefModifier*>& list) {
-    const int first = firstModRef() + (&list == &wsMods_ ? 0 : wsMods_.Count());
     for (int k = 0; k < list.Count(); ++k)
-        if (list[k] && list[k]->modifier) DeleteReference(first + k);
+        if (list[k] && list[k]->modifier) DeleteReference(modSlot(list, k));
     FreeModList(list);
 }
 
@@ -265,9 +263,12 @@ BOOL RefNode::IsRealDependency(ReferenceTarget* target) {
     bool referencedOnly = false;
     for (int i = 0; i < NumRefs(); ++i) {
         if (GetReference(i) != target) continue;
-        const int k = i - firstModRef();
-        if (k < 0 || k >= numModRefs()) return base;  // held by another slot as well
-        const RefModifier* entry = k < wsMods_.Count() ? wsMods_[k] : osMods_[k - wsMods_.Count()];
+        const vandrels::NodeRecordSlots::Slot slot = Slots().At(i);
+        const bool mirror = slot.kind == vandrels::NodeRecordSlot::WorldSpaceModifier ||
+                            slot.kind == vandrels::NodeRecordSlot::ObjectSpaceModifier;
+        if (!mirror) return base;  // held by another slot as well
+        const RefModifier* entry =
+            slot.kind == vandrels::NodeRecordSlot::WorldSpaceModifier ? wsMods_[slot.index] : osMods_[slot.index];
         if (!entry || entry->state != kModFromReference) return base;
         referencedOnly = true;
     }

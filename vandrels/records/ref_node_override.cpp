@@ -7,7 +7,7 @@
 #include "inode.h"
 #include "maxapi.h"
 #include "object.h"
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "records/exclusion_lists.h"
 #include "records/node_messages.h"
 #include "records/pending_selection_sets.h"
@@ -191,7 +191,7 @@ void RefNode::overrideLayer(INode* node) {
         }
     if (ILayer* same = layers->GetLayer(stored->GetName())) {
         same->AddToLayer(node);
-        ReplaceReference(layerRef(), same);
+        ReplaceReference(Slots().Layer(), same);
         return;
     }
     layers->AddLayer(stored);
@@ -252,7 +252,7 @@ void RefNode::overrideObjectLocalDependent(INode* node) {
         fresh = freshBelow;
         old = oldBelow;
     }
-    if (localDependent_) DeleteReference(localDependentRef());
+    if (localDependent_) DeleteReference(Slots().LocalDependent());
 }
 
 void RefNode::overrideChildren(INode* node) {
@@ -282,14 +282,14 @@ void RefNode::ResetOverrides(DWORD mask) {
         if (mask & kResetModifiers) resetModifiersOncePerPass(node);
         if (mask & kResetTransform) SetOverrideFlags(kNodeObjectOffset | kNodeSkinPose, 0);
         if (mask & kResetMaterial) {
-            if (overrideFlags_ & kNodeMaterial) DeleteReference(ownBase());
+            if (overrideFlags_ & kNodeMaterial) DeleteReference(Slots().Material());
             SetOverrideFlags(kNodeMaterial, 0);
             material_ = node ? node->GetMtl() : nullptr;
         }
         if (mask & kResetObjectProperties) SetOverrideFlags(kObjectPropertyBits, 0);
         if (mask & kResetParenting) {
             SetOverrideFlags(kNodeParent, 0);
-            if (parent_) DeleteReference(parentRef());
+            if (parent_) DeleteReference(Slots().Parent());
             SetOverrideFlags(kNodeChildren, 0);
             dropChildren();
             SetOverrideFlags(kNodeGrouping, 0);
@@ -297,7 +297,7 @@ void RefNode::ResetOverrides(DWORD mask) {
         if (mask & kResetName) SetOverrideFlags(kNodeOverriddenName, 0);
         if (mask & kResetLayer) {
             SetOverrideFlags(kNodeLayer, 0);
-            if (layer_) DeleteReference(layerRef());
+            if (layer_) DeleteReference(Slots().Layer());
         }
         RefBase::ResetOverrides(mask);
     });

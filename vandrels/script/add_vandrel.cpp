@@ -2,7 +2,7 @@
 
 #include "script/manager_requests.h"
 #include "script/reference_file_check.h"
-#include "script/settings.h"
+#include "frame/settings.h"
 
 #include "frame/class_ids.h"
 #include "frame/module.h"
@@ -12,7 +12,7 @@
 #include "helper/reference_batch.h"
 #include "helper/vandrels_helper.h"
 #include "resource.h"
-#include "ui/file_dialog.h"
+#include "script/dialog_requests.h"
 
 #include "ilayer.h"
 #include "iparamb2.h"
@@ -122,7 +122,7 @@ void AddVandrelDialog() {
     MSTR folder;
     ReadStringSetting(L"LastFileDir", folder);
     std::vector<MSTR> answer;
-    if (PickFiles(folder, L"Select One or More Reference Files", &answer) == 0) return;
+    if (RequestFilePick(folder, L"Select One or More Reference Files", &answer) == 0) return;
     const PickedFiles picked = FilesFromDialogAnswer(answer);
 
     for (INode* node : GetHelperList())

@@ -2,7 +2,7 @@
 
 #include "helper/helper_bulk_operations.h"
 #include "helper/helper_list.h"
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "helper/reference_batch.h"
 #include "helper/vandrels_helper.h"
 #include "maxapi.h"
@@ -90,13 +90,13 @@ void ResetNodes(DWORD mask, const Tab<INode*>* nodes) {
     ReloadList reloads(false);
     for (INode* node : chosen) {
         if (!node) continue;
-        if (RefNode* record = FindNodeRecord(node); record && reloads.Accept(record->GetHelper()))
+        if (RefNode* record = FindNodeRecord(node); record && reloads.Accept(VandrelsHelper::FromOwner(record->GetHelper())))
             record->ResetOverrides(mask | kResetNodes);
         if (!(mask & kResetMaterial)) continue;
         Mtl* material = node->GetMtl();
         RefBase* materialRecord = material ? FindRecordOf(material) : nullptr;
         if (materialRecord && materialRecord->ClassID() == REFMATERIAL_CLASS_ID &&
-            reloads.Accept(materialRecord->GetHelper()))
+            reloads.Accept(VandrelsHelper::FromOwner(materialRecord->GetHelper())))
             materialRecord->ResetOverrides(mask | kResetNodes);
     }
     reloads.ReloadAll();

@@ -1,6 +1,6 @@
 #include "dialog_settings.h"
 
-#include "settings.h"
+#include "frame/settings.h"
 
 #include "maxapi.h"
 

@@ -1,5 +1,7 @@
 #include "script/manager_requests.h"
 
+#include "helper/manager_refresh.h"
+
 #include "maxapi.h"
 #include "maxscript/maxscript.h"
 
@@ -24,14 +26,9 @@ void CloseManager() {}
 bool IsManagerOpen() { return false; }
 void RefreshManagerIfOpen() {}
 
+namespace {
+// The helper's scene events reach the manager window through this refresh.
+[[maybe_unused]] const bool g_refreshHandedIn = (SetManagerRefresh(&RefreshManagerIfOpen), true);
+}  // namespace
+
 }  // namespace vandrels
-
-using namespace vandrels;
-
-def_visible_primitive(OpenVandrelsManager, "OpenVandrelsManager");
-
-Value* OpenVandrelsManager_cf(Value**, int count) {
-    check_arg_count(OpenVandrelsManager, 0, count);
-    Interface* ip = GetCOREInterface();
-    throw RuntimeError(ManagerUnavailableText(ip && ip->HasUserInterface()));
-}

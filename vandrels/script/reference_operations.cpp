@@ -2,7 +2,7 @@
 
 #include "helper/helper_bulk_operations.h"
 #include "helper/helper_list.h"
-#include "helper/module_state.h"
+#include "frame/module_state.h"
 #include "helper/reference_batch.h"
 #include "helper/vandrels_helper.h"
 #include "maxapi.h"

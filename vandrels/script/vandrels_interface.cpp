@@ -5,8 +5,8 @@
 #include "script/advanced_reset.h"
 #include "script/manager_requests.h"
 #include "script/reference_operations.h"
-#include "script/settings.h"
-#include "ui/about_dialog.h"
+#include "frame/settings.h"
+#include "script/dialog_requests.h"
 
 namespace {
 
@@ -87,7 +87,7 @@ FPStatus VandrelsInterface::_dispatch_fn(FunctionID fid, TimeValue, FPValue& res
     case vi_open_manager: OpenManager(); break;
     case vi_close_manager: CloseManager(); break;
     case vi_is_manager_open: result = Bool(IsManagerOpen()); break;
-    case vi_about: ShowAbout(); break;
+    case vi_about: RequestAbout(); break;
     case vi_print_times: SetPrintTimes(arg[0].i != 0); break;
     case vi_merge_for_network_render: result = Bool(GetMergeForNetworkRender()); break;
     case vi_set_merge_for_network_render: SetMergeForNetworkRender(arg[0].i != 0); break;
@@ -104,6 +104,3 @@ FPStatus VandrelsInterface::_dispatch_fn(FunctionID fid, TimeValue, FPValue& res
     }
     return FPS_OK;
 }
-
-// The one instance, registered with the host as the core interface "Vandrels" while the library loads.
-static VandrelsInterface vandrelsInterface;

@@ -2,6 +2,8 @@
 // and changing a maker's references without undo records of the reference system.
 #pragma once
 
+#include "core/paired_scopes.h"
+
 #include "hold.h"
 #include "iparamb2.h"
 
@@ -26,13 +28,7 @@ void ControllerSet(Control* c, TimeValue t, const ParamValue& v);
 
 // While alive, reference changes made by a block are not recorded by the reference system: the block puts its
 // own undo records, which know the block's slot layout.
-class HoldSuspension {
-public:
-    HoldSuspension() { theHold.Suspend(); }
-    ~HoldSuspension() { theHold.Resume(); }
-    HoldSuspension(const HoldSuspension&) = delete;
-    HoldSuspension& operator=(const HoldSuspension&) = delete;
-};
+using HoldSuspension = HoldSuspendedScope;
 
 // True when changes should be recorded for undo now.
 inline bool Recording() { return theHold.Holding() && !theHold.RestoreOrRedoing(); }

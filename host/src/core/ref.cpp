@@ -3,6 +3,7 @@
 #include "ref.h"
 
 #include "core/class_directory.h"
+#include "core/paired_scopes.h"
 
 #include "hold.h"
 #include "ref_internal.h"
@@ -373,11 +374,12 @@ RefResult ReferenceTarget::DeleteAllRefsToMe() {
 RefResult ReferenceTarget::DeleteMe() {
     if (TestAFlag(A_IS_DELETED)) return REF_SUCCEED;
     SetAFlag(A_IS_DELETED);
-    theHold.Suspend();
-    NotifyDependents(FOREVER, PART_ALL, REFMSG_TARGET_DELETED, NOTIFY_ALL, FALSE);  // only the direct dependents
-    DeleteAllRefsToMe();
-    DeleteAllRefsFromMe();
-    theHold.Resume();
+    {
+        hostrt::HoldSuspendedScope suspended;
+        NotifyDependents(FOREVER, PART_ALL, REFMSG_TARGET_DELETED, NOTIFY_ALL, FALSE);  // only the direct dependents
+        DeleteAllRefsToMe();
+        DeleteAllRefsFromMe();
+    }
     if (pins_ > 0) return REF_SUCCEED;  // an undo record still needs it; deleted when it lets go
     DeleteThis();
     return REF_SUCCEED;

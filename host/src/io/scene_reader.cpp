@@ -3,6 +3,7 @@
 #include "io/scene_reader.h"
 
 #include "core/class_directory.h"
+#include "core/paired_scopes.h"
 #include "core/ref_internal.h"
 #include "hold.h"
 #include "io/chunk_reader.h"
@@ -326,12 +327,10 @@ void DestroySceneObjects(const LoadedScene& scene) {
         if (alive(scene.objects[i], scene.handles[i]) && scene.objects[i]->GetCustAttribContainer()) order.push_back(i);
     for (std::size_t i = 0; i < scene.objects.size(); ++i)
         if (std::find(order.begin(), order.end(), i) == order.end()) order.push_back(i);
-    DisableRefMsgs();
-    theHold.Suspend();
+    RefMessagesOffScope messagesOff;
+    HoldSuspendedScope suspended;
     for (std::size_t i : order)
         if (alive(scene.objects[i], scene.handles[i])) scene.objects[i]->DeleteMe();
-    theHold.Resume();
-    EnableRefMsgs();
 }
 
 LoadedScene InstantiateScene(const SceneImage& image, const MSTR& fileLabel) {
@@ -346,8 +345,8 @@ LoadedScene InstantiateScene(const SceneImage& image, const MSTR& fileLabel) {
         return index >= 0 && std::size_t(index) < out.objects.size() ? out.objects[std::size_t(index)] : nullptr;
     };
 
-    theHold.Suspend();  // loading is no undoable edit
     try {
+        HoldSuspendedScope suspended;  // loading is no undoable edit
         for (std::size_t i = 0; i < n; ++i) {
             const SceneClassRecord& c = image.ClassOf(i);
             void* made = nullptr;
@@ -420,11 +419,9 @@ LoadedScene InstantiateScene(const SceneImage& image, const MSTR& fileLabel) {
             });
         }
     } catch (...) {
-        theHold.Resume();
         DestroySceneObjects(out);
         throw;
     }
-    theHold.Resume();
 
     for (std::int32_t r : image.roots) out.roots.push_back(objectAt(r));
     return out;

@@ -116,6 +116,15 @@ FPValue ToFPValue(const Value& v, int type) {
     if (type == TYPE_UNSPECIFIED || v.IsUndefined() || v.Is(Kind::Unsupplied)) return Natural(v);
     const int plain = fp::PlainType(type);
     if (is_tab(plain)) {
+        if (v.Is(Kind::BitArray) && fp::KindOf(base_type(plain)) == FK::Int) {
+            // A bit array where a list of numbers is wanted stands for the numbers of its set bits, as
+            // scripts pass selections of indices (#{1..3} for #(1, 2, 3)).
+            const BitArray& bits = v.BitsRef();
+            Tab<int> tab;
+            for (int i = 0; i < bits.GetSize(); ++i)
+                if (bits[i]) tab.Append(i + 1);
+            return FPValue(tab, TYPE_INT_TAB);
+        }
         if (!v.Is(Kind::Array)) throw ConversionError(v, L"Array");
         return TableOf(v, plain);
     }

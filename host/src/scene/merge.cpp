@@ -1,6 +1,7 @@
 // Merge of a scene file into the open scene (nodes, their materials and layers) and the save of some nodes.
 #include "scene/merge.h"
 
+#include "core/paired_scopes.h"
 #include "hold.h"
 #include "ilayer.h"
 #include "imtl.h"
@@ -15,6 +16,7 @@
 #include "scene/scene_events.h"
 
 #include <map>
+#include <optional>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -89,7 +91,7 @@ std::vector<INode*> MergeSceneFile(const MSTR& path, const MergeOptions& options
     }
 
     NodeEventBatch batch;
-    theHold.Suspend();  // a merge is no undoable edit
+    std::optional<HoldSuspendedScope> suspended(std::in_place);  // a merge is no undoable edit
     Scene& scene = Scene::Instance();
     Node* sceneRoot = scene.RootNode();
     // Nodes the file holds outside its tree (reached only through references) count as top-level nodes.
@@ -155,7 +157,7 @@ std::vector<INode*> MergeSceneFile(const MSTR& path, const MergeOptions& options
     for (ReferenceTarget* r : scene.ContentRoots())
         if (r != sceneRoot) keep.push_back(r);
     DestroyObjectGraph(dispose, keep);
-    theHold.Resume();
+    suspended.reset();
 
     scene.SetSaveRequired(true);
     if (options.selectMerged) scene.SetSelection(merged);

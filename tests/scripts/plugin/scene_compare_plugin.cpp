@@ -5,8 +5,12 @@
 //     lines = SceneCompare.Differences before (SceneCompare.Snapshot()) byName:true
 //     assert_equal 0 lines.count
 // Snapshots are kept by number (1, 2, ...) until Clear; they hold text only, so they outlive the scene.
+// The open scene as a stable text (nodes sorted by name path, one line per property) for stored baselines:
+//     SceneCompare.Show "after reopening"    -- writes "-- scene after reopening", the lines, "-- end of scene"
+//     SceneCompare.Text()                    -- the same lines as one string
 #include "max.h"
 #include "ifnpub.h"
+#include "listener.h"
 
 #include "scene_compare.h"
 
@@ -17,7 +21,7 @@ namespace {
 
 constexpr Interface_ID kSceneCompareId(0x5C817E57, 0x00000020);
 
-enum : FunctionID { fnSnapshot, fnDifferences, fnDescribe, fnClear };
+enum : FunctionID { fnSnapshot, fnDifferences, fnDescribe, fnClear, fnText, fnShow };
 
 std::vector<hostrt::test::SceneSnapshot> snapshots;
 
@@ -29,7 +33,9 @@ public:
                             {FPParamDef(L"first", TYPE_INT), FPParamDef(L"second", TYPE_INT),
                              FPParamDef(L"byName", TYPE_BOOL).Keyword(FPValue(TYPE_BOOL, FALSE))})
             .AppendFunction(fnDescribe, L"Describe", TYPE_STRING_TAB, {FPParamDef(L"snapshot", TYPE_INT)})
-            .AppendFunction(fnClear, L"Clear", TYPE_VOID);
+            .AppendFunction(fnClear, L"Clear", TYPE_VOID)
+            .AppendFunction(fnText, L"Text", TYPE_STRING)
+            .AppendFunction(fnShow, L"Show", TYPE_VOID, {FPParamDef(L"title", TYPE_STRING)});
     }
 
 protected:
@@ -47,11 +53,20 @@ protected:
         }
         case fnDescribe: result = StringTab(hostrt::test::DescribeSnapshot(Snapshot(p->params[0].i))); return FPS_OK;
         case fnClear: snapshots.clear(); return FPS_OK;
+        case fnText: result = FPValue(MSTR(MaxSDK::FromUTF8(SceneText()))); return FPS_OK;
+        case fnShow: {
+            const MSTR title(p->params[0].s ? p->params[0].s : L"");
+            mputs((L"-- scene " + title + L"\n").data());
+            mputs(MSTR(MaxSDK::FromUTF8(SceneText())).data());
+            mputs(L"-- end of scene\n");
+            return FPS_OK;
+        }
         default: return FPS_NO_SUCH_FUNCTION;
         }
     }
 
 private:
+    static std::string SceneText() { return hostrt::test::SnapshotText(hostrt::test::TakeSnapshot()); }
     static const hostrt::test::SceneSnapshot& Snapshot(int number) {
         if (number < 1 || number > int(snapshots.size()))
             throw MAXException(MSTR(L"SceneCompare: no snapshot " + std::to_wstring(number) + L" (there are " +

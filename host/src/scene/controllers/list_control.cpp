@@ -1,5 +1,6 @@
 // The float list controller: entries, weights, the active entry, cut and paste, and the published interface.
 #include "scene/controllers/list_control.h"
+#include "core/paired_scopes.h"
 #include "io/count_chunk.h"
 
 #include "hold.h"
@@ -94,9 +95,8 @@ FloatListControl::FloatListControl(bool loading)
           structureChanged();
       }) {
     if (!loading) {
-        theHold.Suspend();
+        hostrt::HoldSuspendedScope suspended;
         listClass().desc.MakeAutoParamBlocks(this);
-        theHold.Resume();
     }
 }
 
@@ -187,9 +187,10 @@ void FloatListControl::insertEntry(int at, Control* c, const MSTR& name) {
     entries_.Insert(at, c, name);
     const float one = 1.f;
     // The list announces the change itself (258); the table's own message would read as a weight change.
-    DisableRefMsgs();
-    if (weights_) weights_->Insert(kWeights, at, 1, &one);
-    EnableRefMsgs();
+    {
+        hostrt::RefMessagesOffScope messagesOff;
+        if (weights_) weights_->Insert(kWeights, at, 1, &one);
+    }
     // The active entry stays the same controller; the first entry of an empty list becomes active.
     int next = active_ < 0 ? 0 : (active_ >= at ? active_ + 1 : active_);
     if (next != active_) {
@@ -200,9 +201,10 @@ void FloatListControl::insertEntry(int at, Control* c, const MSTR& name) {
 
 void FloatListControl::removeEntry(int at, bool delOld) {
     entries_.Remove(at, delOld);
-    DisableRefMsgs();
-    if (weights_ && at < weights_->Count(kWeights)) weights_->Delete(kWeights, at, 1);
-    EnableRefMsgs();
+    {
+        hostrt::RefMessagesOffScope messagesOff;
+        if (weights_ && at < weights_->Count(kWeights)) weights_->Delete(kWeights, at, 1);
+    }
     int next = active_;
     if (GetCount() == 0)
         next = -1;
