@@ -64,8 +64,7 @@
 #define HOST_UVWMAP_CLASS_ID Class_ID(0x48532307, 0x00000001)         // 0x810
 #define HOST_SHELL_CLASS_ID Class_ID(0x48532308, 0x00000001)          // 0x810
 #define HOST_SYMMETRY_CLASS_ID Class_ID(0x48532309, 0x00000001)       // 0x810
-// Skin keeps the class id the skin modifier has in the real host, so classifiers of modifier kinds see it.
-#define HOST_SKIN_CLASS_ID Class_ID(0x0095C723, 0x00015666)           // 0x810
+#define HOST_SKIN_CLASS_ID Class_ID(0x4853230A, 0x00000001)          // 0x810
 
 // Parameter ids of the objects' and modifiers' blocks (block id 0, reference 0 of the object). Float
 // parameters are animatable and carry float controllers; integer ones are plain values.
