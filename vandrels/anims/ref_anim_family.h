@@ -4,35 +4,9 @@
 
 #include "anims/record_codes.h"
 #include "anims/ref_anim.h"
-
-class RefAnimPblock : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_PBLOCK_CLASS_ID; }
-};
-
-class RefAnimPblock2 : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_PBLOCK2_CLASS_ID; }
-    // The table-resize override mode (0, 1 or 2) and the undo group pick the record's type code.
-    void SetMode(int tabResizeOverride, bool undoGroup) {
-        tabResizeOverride_ = tabResizeOverride;
-        undoGroup_ = undoGroup;
-    }
-    int GetTabResizeOverride() const { return tabResizeOverride_; }
-    bool IsUndoGroup() const { return undoGroup_; }
-    std::uint32_t GetType() override {
-        switch (tabResizeOverride_) {
-        case 0: return undoGroup_ ? kCodePblock2UndoGroup : kCodePblock2;
-        case 1: return kCodePblock2ResizeOverride1;
-        case 2: return kCodePblock2ResizeOverride2;
-        default: return kCodePblock2;
-        }
-    }
-
-private:
-    int tabResizeOverride_ = 0;
-    bool undoGroup_ = false;
-};
+#include "anims/ref_anim_pblock.h"
+#include "anims/ref_anim_pblock2.h"
+#include "anims/ref_anim_std_light.h"
 
 class RefAnimIndepRefs : public RefAnim {
 public:
@@ -74,11 +48,6 @@ public:
 class RefAnimPointObj : public RefAnim {
 public:
     Class_ID ClassID() override { return REFANIM_POINTOBJ_CLASS_ID; }
-};
-
-class RefAnimStdLight : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_STDLIGHT_CLASS_ID; }
 };
 
 class RefAnimPointMod : public RefAnimPointObj {
