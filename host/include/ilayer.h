@@ -36,6 +36,12 @@ public:
     virtual INode* GetNode(int i) = 0;
     // Whether this layer or any of its child layers (recursively) holds nodes.
     virtual bool HasNodesBelow() = 0;
+    // The layer's display switches: hidden and frozen layers hide or freeze their nodes in the viewports
+    // (the nodes' own switches stay as they are). Saved with the layer; send REFMSG_CHANGE.
+    virtual bool IsHidden() { return false; }
+    virtual bool Hide(bool hide) { return false; }
+    virtual bool IsFrozen() { return false; }
+    virtual bool Freeze(bool freeze) { return false; }
 };
 
 class ILayerManager {

@@ -110,6 +110,9 @@ public:
     // The current time in ticks (0 at start).
     TimeValue GetTime();
     void SetTime(TimeValue t, BOOL redraw = TRUE);
+    // The scene's animation range (frames 0 to 100 after a reset).
+    Interval GetAnimRange();
+    void SetAnimRange(Interval range);
     // Redraws the viewports at time t: counted, and every registered redraw callback hears it.
     void RedrawViews(TimeValue t, DWORD vpFlags = REDRAW_NORMAL, ReferenceTarget* change = nullptr);
     void RegisterRedrawViewsCallback(RedrawViewsCallback* cb);

@@ -73,13 +73,14 @@ s = "" as stringStream
 v = 1 + \ -- continued
     2
 w = ?
+sel = $selection
 )MXS";
 
 }  // namespace
 
 TEST(MaxScriptGrammar, EveryConstructAsWrittenParsesAndRuns) {
     const auto program = mxs::Parse(kEveryConstruct, L"every.ms");
-    EXPECT_EQ(program->top->body.size(), 27u);
+    EXPECT_EQ(program->top->body.size(), 28u);
     mxs::Interpreter in;
     in.Run(program);
     EXPECT_EQ(mxs::PrintForm(*in.GetGlobal(L"x")), L"4.0");
@@ -139,6 +140,8 @@ TEST(MaxScriptGrammar, FormsWithAMeaningEvaluateAsMaxScriptDoes) {
         {L"# (1, 2)", L"#(1, 2)"},
         {L"(\"abc\" as stringStream) as string", L"\"abc\""},
         {L"classOf (\"\" as stringStream)", L"StringStream"},
+        {L"10f", L"10f"},
+        {L"$selection.count", L"0"},
     };
     for (const auto& [text, printed] : cases)
         EXPECT_EQ(mxs::PrintForm(in.Execute(text)), printed) << Narrow(text);

@@ -96,6 +96,9 @@ public:
             item.properties = {{"parent", parent ? quoted(parent->GetName()) : "none"},
                                {"node count", std::to_string(layer->NumNodes())},
                                {"current", yesNo(layer == current)}};
+            // The display switches only when on, so snapshots of scenes that never use them read as before.
+            if (layer->IsHidden()) item.properties.emplace_back("hidden", "yes");
+            if (layer->IsFrozen()) item.properties.emplace_back("frozen", "yes");
             snapshot.layers.push_back(std::move(item));
         }
     }

@@ -85,8 +85,13 @@ Value Interpreter::Call(const Value& function, CallArgs& args, int line, int col
     CallContext ctx{*this, line ? line : line_, column};
     if (function.Is(Kind::Function) && function.Fn()->scripted) return Evaluator::CallScripted(*this, *function.Fn(), args);
     // Native code sees the values that references (&x) stand for.
-    for (Value& v : args.positional)
-        if (ValueReference* ref = AsReference(v)) v = ref->Get();
+    for (std::size_t i = 0; i < args.positional.size(); ++i) {
+        ValueReference* ref = AsReference(args.positional[i]);
+        if (!ref) continue;
+        args.references.resize(args.positional.size());
+        args.references[i] = args.positional[i];
+        args.positional[i] = ref->Get();
+    }
     if (function.Is(Kind::Function)) return function.Fn()->native(ctx, args);
     if (function.Is(Kind::Ext) && function.ExtObj()->Callable()) {
         if (auto v = function.ExtObj()->Call(ctx, args)) return *v;
@@ -136,6 +141,7 @@ Value Interpreter::GetProperty(const Value& object, const std::wstring& name) {
     case Kind::Name:
     case Kind::Class:
     case Kind::Function:
+        if (key == L"classes" && object.Is(Kind::Class)) return Value::Array(ClassesOfSuperclass(object.Cls()->name));
         if (key == L"name")
             return Value::String(object.Is(Kind::Name)    ? object.Text()
                                  : object.Is(Kind::Class) ? object.Cls()->name

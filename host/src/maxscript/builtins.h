@@ -29,6 +29,8 @@ void RegisterVectorBuiltins();  // pow, dot, cross, normalize, length, matrices,
 void RegisterDictionaryBuiltins();  // Dictionary, DataPair and the dictionary functions
 void RegisterBitBuiltins();     // bit.and, bit.or, bit.shift ...
 void RegisterNameBuiltins();    // uniqueName
+void RegisterBinaryStreamBuiltins();  // fopen, fclose, readByte/writeByte and the other binary reads and writes
+void RegisterFileDialogBuiltins();    // getOpenFileName, getSaveFileName, getSavePath, hostDialogs.pushFileAnswer
 
 // A global that groups functions under one name (`bit.and`, `macros.run`, `custAttributes.add`): reading
 // it answers an object whose properties are the functions.

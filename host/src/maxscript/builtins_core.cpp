@@ -299,6 +299,8 @@ void RegisterBuiltins() {
         RegisterCallbackBuiltins();
         RegisterSceneBuiltins();
         RegisterNameBuiltins();
+        RegisterBinaryStreamBuiltins();
+        RegisterFileDialogBuiltins();
         RegisterDefinitionBuiltins();
     });
 }

@@ -11,6 +11,7 @@
 #include "maxscript/print.h"
 #include "maxscript/quit.h"
 #include "platform/dialog_service.h"
+#include "platform/file_dialog_service.h"
 #include "platform/listener_capture.h"
 #include "platform/paths.h"
 #include "platform/session.h"
@@ -75,6 +76,20 @@ void RegisterMessageBoxes() {
     dialogs->Function(L"clearAnswers", [](CallContext&, CallArgs& args) {
         CheckArgCount(L"hostDialogs.clearAnswers", args, 0);
         DialogService::Instance().ClearAnswers();
+        return Value::Ok();
+    });
+    // pushFileAnswer "path" (or an array of paths): what the next file picker is answered with; undefined or
+    // "" cancels it.
+    dialogs->Function(L"pushFileAnswer", [](CallContext&, CallArgs& args) {
+        CheckArgCount(L"hostDialogs.pushFileAnswer", args, 1);
+        const Value& v = args.positional[0];
+        std::vector<std::wstring> files;
+        if (v.Is(Kind::Array)) {
+            for (const Value& item : v.Items()) files.push_back(ToText(item));
+        } else if (!v.IsUndefined() && !ToText(v).empty()) {
+            files.push_back(ToText(v));
+        }
+        FileDialogService::Instance().PushAnswer(std::move(files));
         return Value::Ok();
     });
     dialogs->Property(L"pendingAnswers", [] { return Value::Int(int(DialogService::Instance().PendingAnswers())); });

@@ -114,6 +114,7 @@ Value Evaluator::Dispatch(Interpreter& in, const Node& node, const ScopePtr& sco
     case NodeKind::Assign: return Assign(in, static_cast<const ast::Assign&>(node), scope);
     case NodeKind::Property: {
         const auto& p = static_cast<const Property&>(node);
+        if (p.object->kind == NodeKind::Property) return SubProperty(in, p, scope);
         const Value object = in.Eval(*p.object, scope);
         return in.GetProperty(object, p.name);
     }
@@ -152,6 +153,32 @@ Value Evaluator::Dispatch(Interpreter& in, const Node& node, const ScopePtr& sco
     case NodeKind::Definition: return Definition(in, static_cast<const ast::Definition&>(node), scope);
     }
     throw RuntimeError(L"Unknown expression");
+}
+
+Value Evaluator::SubProperty(Interpreter& in, const Property& p, const ScopePtr& scope) {
+    const auto& inner = static_cast<const Property&>(*p.object);
+    const Value owner = in.Eval(*inner.object, scope);
+    const Value object = in.GetProperty(owner, inner.name);
+    try {
+        return in.GetProperty(object, p.name);
+    } catch (const ScriptError& e) {
+        const SubAnimAccess& access = GetSubAnimAccess();
+        if (e.Kind() != ErrorKind::UnknownProperty || !access.get || !owner.Is(Kind::HostObject)) throw;
+        CallContext ctx{in, p.line, p.column};
+        if (auto v = access.get(ctx, owner, inner.name, p.name)) return *v;
+        throw;
+    }
+}
+
+bool Evaluator::SetSubAnimProperty(Interpreter& in, const Property& p, const Value& v, const ScopePtr& scope) {
+    if (p.object->kind != NodeKind::Property) return false;
+    const auto& inner = static_cast<const Property&>(*p.object);
+    const SubAnimAccess& access = GetSubAnimAccess();
+    if (!access.set) return false;
+    const Value owner = in.Eval(*inner.object, scope);
+    if (!owner.Is(Kind::HostObject)) return false;
+    CallContext ctx{in, p.line, p.column};
+    return access.set(ctx, owner, inner.name, p.name, v);
 }
 
 Value Evaluator::ReadVar(Interpreter& in, const Var& var, const ScopePtr& scope) {
@@ -210,7 +237,14 @@ void Evaluator::Store(Interpreter& in, const Node& target, const Value& v, const
             Store(in, *p.object, *changed, scope);
             return;
         }
-        in.SetProperty(object, p.name, v);
+        try {
+            in.SetProperty(object, p.name, v);
+        } catch (const ScriptError& e) {
+            if (e.Kind() != ErrorKind::UnknownProperty || !SetSubAnimProperty(in, p, v, scope)) throw;
+            return;
+        }
+        // A table read from a property (`$b.weights.count = 3`) is written back to where it came from.
+        if (object.Is(Kind::Array) && p.object->kind == NodeKind::Property) Store(in, *p.object, object, scope);
         return;
     }
     case NodeKind::Index: {
@@ -223,6 +257,7 @@ void Evaluator::Store(Interpreter& in, const Node& target, const Value& v, const
             return;
         }
         in.SetIndex(object, index, v);
+        if (object.Is(Kind::Array) && ix.object->kind == NodeKind::Property) Store(in, *ix.object, object, scope);
         return;
     }
     case NodeKind::Unary:

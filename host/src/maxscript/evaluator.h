@@ -36,6 +36,9 @@ public:
     static Value Dispatch(Interpreter& in, const ast::Node& node, const ScopePtr& scope);
 
     // ---- Variables.
+    // `a.b.c` where `a.b` reads as a plain value: the sub-anim b of a answers c (`$b.pos.controller`).
+    static Value SubProperty(Interpreter& in, const ast::Property& p, const ScopePtr& scope);
+    static bool SetSubAnimProperty(Interpreter& in, const ast::Property& p, const Value& v, const ScopePtr& scope);
     static Value ReadVar(Interpreter& in, const ast::Var& var, const ScopePtr& scope);
     // Assigns an existing variable, else makes an implicit local (inside a block or function) or a global.
     static void WriteVar(Interpreter& in, const std::wstring& key, const std::wstring& name, const Value& v,

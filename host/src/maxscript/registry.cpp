@@ -3,6 +3,7 @@
 
 #include "maxscript/errors.h"
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <unordered_map>
@@ -20,6 +21,7 @@ struct Registry {
     int nextHandlerKey = 1;
     NodeConverters nodes;
     PathResolver paths;
+    SubAnimAccess subAnims;
     std::map<std::wstring, std::function<void(CallContext&)>> maxCommands;
 };
 
@@ -143,6 +145,17 @@ const NodeConverters& GetNodeConverters() { return Reg().nodes; }
 
 void SetPathResolver(PathResolver resolver) { Reg().paths = std::move(resolver); }
 const PathResolver& GetPathResolver() { return Reg().paths; }
+std::vector<Value> ClassesOfSuperclass(const std::wstring& superclass) {
+    std::vector<Value> out;
+    for (const auto& [key, cls] : Reg().classes)
+        if (EqualsNoCase(cls->superclass, superclass)) out.push_back(Value::Class(cls));
+    std::sort(out.begin(), out.end(),
+              [](const Value& a, const Value& b) { return FoldCase(a.Cls()->name) < FoldCase(b.Cls()->name); });
+    return out;
+}
+
+void SetSubAnimAccess(SubAnimAccess access) { Reg().subAnims = std::move(access); }
+const SubAnimAccess& GetSubAnimAccess() { return Reg().subAnims; }
 
 void RegisterMaxCommand(const std::wstring& command, std::function<void(CallContext&)> run) {
     Reg().maxCommands[FoldCase(command)] = std::move(run);

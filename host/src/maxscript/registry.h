@@ -42,6 +42,8 @@ const SystemVariable* FindSystemVariable(const std::wstring& name);
 Value RegisterClass(const std::wstring& name, const std::wstring& superclass, NativeFn constructor = {});
 // The class of that name; nullopt when none.
 std::optional<Value> FindClass(const std::wstring& name);
+// The classes registered with that superclass (`GeometryClass.classes`), by name.
+std::vector<Value> ClassesOfSuperclass(const std::wstring& superclass);
 
 // ---- The names registered so far, of one kind, in no particular order (apropos lists them).
 enum class RegisteredKind { Function, SystemVariable, Class };
@@ -82,6 +84,19 @@ const NodeConverters& GetNodeConverters();
 using PathResolver = std::function<Value(CallContext&, const std::wstring& path)>;
 void SetPathResolver(PathResolver resolver);
 const PathResolver& GetPathResolver();
+
+// ---- Sub-anims reached through a property that reads as a plain value: `$b.pos.controller`,
+// `$b.rotation.z_rotation`. The evaluator asks these when `owner.sub` gave a value without property `name`.
+struct SubAnimAccess {
+    std::function<std::optional<Value>(CallContext&, const Value& owner, const std::wstring& sub,
+                                       const std::wstring& name)>
+        get;
+    std::function<bool(CallContext&, const Value& owner, const std::wstring& sub, const std::wstring& name,
+                       const Value& value)>
+        set;
+};
+void SetSubAnimAccess(SubAnimAccess access);
+const SubAnimAccess& GetSubAnimAccess();
 
 // ---- `max <command>` (words joined by one blank, lower case: "undo", "file open"). undo and redo are built in.
 void RegisterMaxCommand(const std::wstring& command, std::function<void(CallContext&)> run);

@@ -175,6 +175,9 @@ void RegisterControllerHandler() {
 
 Value QuatValue(const Quat& q) { return Value::Ext(std::make_shared<QuatObject>(q)); }
 
+Value ControllerScriptValue(Control* c, TimeValue t) { return ControllerValue(c, t); }
+void SetControllerScriptValue(Control* c, TimeValue t, const Value& v) { SetControllerValue(c, t, v); }
+
 Quat QuatArg(const Value& v) {
     if (v.Is(Kind::Ext)) {
         if (auto* q = dynamic_cast<QuatObject*>(v.ExtObj().get())) return q->Get();

@@ -85,6 +85,10 @@ void RegisterLayerHandler() {
         auto* layer = dynamic_cast<ILayer*>(a);
         if (EqualsNoCase(name, L"name")) return Value::String(layer->GetName().data());
         if (EqualsNoCase(name, L"current")) return Value::Bool(Manager()->GetCurrentLayer() == layer);
+        if (EqualsNoCase(name, L"isHidden")) return Value::Bool(layer->IsHidden());
+        if (EqualsNoCase(name, L"on")) return Value::Bool(!layer->IsHidden());
+        if (EqualsNoCase(name, L"isFrozen")) return Value::Bool(layer->IsFrozen());
+        if (EqualsNoCase(name, L"lock")) return Value::Bool(layer->IsFrozen());
         if (EqualsNoCase(name, L"nodes")) {
             std::vector<INode*> nodes;
             for (int i = 0; i < layer->NumNodes(); ++i) nodes.push_back(layer->GetNode(i));
@@ -102,6 +106,9 @@ void RegisterLayerHandler() {
                                    PrintForm(v) + L": the name is empty or taken");
             return true;
         }
+        if (EqualsNoCase(name, L"isHidden")) return layer->Hide(ToBool(v));
+        if (EqualsNoCase(name, L"on")) return layer->Hide(!ToBool(v));
+        if (EqualsNoCase(name, L"isFrozen") || EqualsNoCase(name, L"lock")) return layer->Freeze(ToBool(v));
         if (EqualsNoCase(name, L"current")) {
             if (!ToBool(v)) throw RuntimeError(L"Make another layer current instead of setting current to false");
             Manager()->SetCurrentLayer(layer->GetName());

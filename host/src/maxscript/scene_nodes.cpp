@@ -118,8 +118,10 @@ std::optional<Value> GetNodeProperty(CallContext& ctx, INode* node, const std::w
     if (Is(name, {L"modifiers"})) return ModifierListValue(node);
     if (Is(name, {L"isTarget"})) return Value::Bool(node->GetLookatNode() != nullptr);
     if (auto v = GetNodeStateProperty(node, name)) return v;
-    // The parameters of the base object read through the node ($box01.length).
-    return GetBlockParam(ctx, node->GetBaseObject(), name);
+    if (auto v = GetNodeSpatialProperty(ctx, node, name)) return v;
+    // The parameters of the base object read through the node ($box01.length), then its modifiers by name.
+    if (auto v = GetBlockParam(ctx, node->GetBaseObject(), name)) return v;
+    return ModifierByName(node, name);
 }
 
 void SetParent(INode* node, const Value& v, TimeValue t) {
@@ -236,6 +238,7 @@ bool SetNodeProperty(CallContext& ctx, INode* node, const std::wstring& name, co
     if (Is(name, {L"children", L"baseObject", L"modifiers", L"handle", L"isTarget", L"target"}))
         throw RuntimeError(L"Cannot set " + name + L" of " + PrintForm(Value::Host(node)));
     if (SetNodeStateProperty(ctx, node, name, v)) return true;
+    if (SetNodeSpatialProperty(ctx, node, name, v)) return true;
     return SetBlockParam(ctx, node->GetBaseObject(), name, v);
 }
 

@@ -41,6 +41,15 @@ const ObjectClass kObjectClasses[] = {
     {L"Dummy", L"helper", HELPER_CLASS_ID, Class_ID(DUMMY_CLASS_ID, 0), L"Dummy", false},
     {L"Point", L"helper", HELPER_CLASS_ID, HOST_POINT_HELPER_CLASS_ID, L"Point", false},
     {L"Wind", L"SpacewarpObject", WSM_OBJECT_CLASS_ID, HOST_SPACE_WARP_CLASS_ID, L"Wind", false},
+    {L"Cylinder", L"GeometryClass", GEOMOBJECT_CLASS_ID, HOST_CYLINDER_CLASS_ID, L"Cylinder", false},
+    {L"Plane", L"GeometryClass", GEOMOBJECT_CLASS_ID, HOST_PLANE_CLASS_ID, L"Plane", false},
+    {L"Teapot", L"GeometryClass", GEOMOBJECT_CLASS_ID, HOST_TEAPOT_CLASS_ID, L"Teapot", false},
+    {L"Cone", L"GeometryClass", GEOMOBJECT_CLASS_ID, HOST_CONE_CLASS_ID, L"Cone", false},
+    {L"Torus", L"GeometryClass", GEOMOBJECT_CLASS_ID, HOST_TORUS_CLASS_ID, L"Torus", false},
+    {L"Tube", L"GeometryClass", GEOMOBJECT_CLASS_ID, HOST_TUBE_CLASS_ID, L"Tube", false},
+    {L"FreeSpot", L"light", LIGHT_CLASS_ID, HOST_FREE_SPOT_CLASS_ID, L"FSpot", false},
+    {L"DirectionalLight", L"light", LIGHT_CLASS_ID, HOST_DIRECTIONAL_LIGHT_CLASS_ID, L"FDirect", false},
+    {L"TargetDirectionalLight", L"light", LIGHT_CLASS_ID, HOST_TARGET_DIRECTIONAL_LIGHT_CLASS_ID, L"Direct", true},
 };
 
 struct ModifierClass {
@@ -54,6 +63,13 @@ const ModifierClass kModifierClasses[] = {
     {L"Bend", L"modifier", OSM_CLASS_ID, HOST_BEND_CLASS_ID},
     {L"Taper", L"modifier", OSM_CLASS_ID, HOST_TAPER_CLASS_ID},
     {L"SpaceWarpBinding", L"SpacewarpModifier", WSM_CLASS_ID, HOST_SPACE_WARP_BINDING_CLASS_ID},
+    {L"Twist", L"modifier", OSM_CLASS_ID, HOST_TWIST_CLASS_ID},
+    {L"TurboSmooth", L"modifier", OSM_CLASS_ID, HOST_TURBOSMOOTH_CLASS_ID},
+    {L"Edit_Poly", L"modifier", OSM_CLASS_ID, HOST_EDIT_POLY_CLASS_ID},
+    {L"UVWmap", L"modifier", OSM_CLASS_ID, HOST_UVWMAP_CLASS_ID},
+    {L"Shell", L"modifier", OSM_CLASS_ID, HOST_SHELL_CLASS_ID},
+    {L"Symmetry", L"modifier", OSM_CLASS_ID, HOST_SYMMETRY_CLASS_ID},
+    {L"Skin", L"modifier", OSM_CLASS_ID, HOST_SKIN_CLASS_ID},
 };
 
 Value MakeNode(CallContext& ctx, const ObjectClass& cls, CallArgs& args) {
@@ -61,7 +77,8 @@ Value MakeNode(CallContext& ctx, const ObjectClass& cls, CallArgs& args) {
     auto* obj = dynamic_cast<Object*>(CreateHostInstance(cls.sid, cls.cid, cls.name));
     if (!obj) throw RuntimeError(std::wstring(L"Cannot create ") + cls.name + L": its class makes no object");
     INode* node = GetCOREInterface()->CreateObjectNode(obj);
-    node->SetName(UniqueNodeName(MSTR(cls.nodeName)).data());
+    // New nodes are numbered from 001 ("Camera001"), whatever the object calls itself.
+    node->SetName(UniqueNodeName(MSTR((std::wstring(cls.nodeName) + L"001").c_str())).data());
     if (cls.cid == HOST_BONE_CLASS_ID) node->SetBoneNodeOnOff(TRUE, ctx.interp.Time());
     const Value nodeValue = Value::Host(node);
     if (cls.targeted) {
@@ -112,18 +129,21 @@ std::vector<StackEntry> Entries(INode* node) {
     return out;
 }
 
-Value AddModifier(CallContext&, CallArgs& args) {
+// addModifier nodes mod: one modifier on every node given; two or more nodes share it (an instanced modifier).
+Value AddModifier(CallContext& ctx, CallArgs& args) {
     CheckArgCount(L"addModifier", args, 2);
-    INode* node = NodeArg(args.positional[0]);
+    const std::vector<INode*> nodes = NodeListArg(ctx, args.positional[0]);
     Modifier* mod = AsModifier(args.positional[1]);
-    if (mod->SuperClassID() != WSM_CLASS_ID && !node->GetObjectRef())
-        throw RuntimeError(L"addModifier: " + PrintForm(args.positional[0]) + L" has no object");
     // before:i places the modifier below the i-th one (counting the object-space stack from the top).
     int before = 0;
     if (const Value* b = args.Keyword(L"before"); b && !b->Is(Kind::Unsupplied)) before = ToInt(*b);
-    if (!GetCOREInterface()->AddModifier(*node, *mod, before))
-        throw RuntimeError(L"addModifier: before:" + std::to_wstring(before) + L" is out of range for " +
-                           PrintForm(args.positional[0]));
+    for (INode* node : nodes) {
+        const std::wstring which = PrintForm(Value::Host(node));
+        if (mod->SuperClassID() != WSM_CLASS_ID && !node->GetObjectRef())
+            throw RuntimeError(L"addModifier: " + which + L" has no object");
+        if (!GetCOREInterface()->AddModifier(*node, *mod, before))
+            throw RuntimeError(L"addModifier: before:" + std::to_wstring(before) + L" is out of range for " + which);
+    }
     return Value::Ok();
 }
 
@@ -241,6 +261,20 @@ void RegisterBlockOwnerHandler() {
 }  // namespace
 
 Value ModifierListValue(INode* node) { return Value::Ext(std::make_shared<ModifierList>(node)); }
+
+std::optional<Value> ModifierByName(INode* node, const std::wstring& name) {
+    // Spaces of a modifier's name read as underscores in a property name ($b.Edit_Poly).
+    auto scripted = [](std::wstring text) {
+        for (wchar_t& c : text)
+            if (c == L' ') c = L'_';
+        return text;
+    };
+    for (const StackEntry& e : Entries(node)) {
+        Modifier* mod = e.owner->GetModifier(e.index);
+        if (EqualsNoCase(scripted(mod->GetName().data()), scripted(name))) return Value::Host(mod);
+    }
+    return std::nullopt;
+}
 
 void RegisterSceneObjectFunctions() {
     RegisterBlockOwnerHandler();

@@ -23,6 +23,7 @@ namespace hostrt::mxs {
 void RegisterSceneBuiltins() {
     static std::once_flag once;
     std::call_once(once, [] {
+        RegisterSceneSubAnimFunctions();
         RegisterSceneNodeFunctions();
         RegisterSceneObjectFunctions();
         RegisterSceneMaterialFunctions();
@@ -32,6 +33,9 @@ void RegisterSceneBuiltins() {
         RegisterSceneAnimationFunctions();
         RegisterSceneActionFunctions();
         RegisterSceneHandleFunctions();
+        RegisterSceneTransformFunctions();
+        RegisterSceneAnimRangeFunctions();
+        RegisterSceneEditingFunctions();
     });
 }
 
@@ -57,6 +61,11 @@ std::vector<INode*> NodeListArg(CallContext& ctx, const Value& v) {
     }
     if (v.Is(Kind::Ext)) {
         if (auto* set = dynamic_cast<NodeSet*>(v.ExtObj().get())) return set->Nodes();
+        // Any other collection of nodes (`geometry`, `lights`...).
+        if (auto items = v.ExtObj()->Items(ctx)) {
+            for (const Value& item : *items) nodes.push_back(NodeArg(item));
+            return nodes;
+        }
     }
     throw ConversionError(v, L"node");
 }
@@ -79,9 +88,9 @@ std::vector<INode*> SelectedNodes() {
     return out;
 }
 
-std::optional<Value> NodeSet::GetProperty(CallContext&, const std::wstring& name) {
+std::optional<Value> NodeSet::GetProperty(CallContext& ctx, const std::wstring& name) {
     if (EqualsNoCase(name, L"count")) return Value::Int(int(Nodes().size()));
-    return std::nullopt;
+    return NodeGroupProperty(ctx, Nodes(), name);
 }
 
 std::optional<Value> NodeSet::GetIndex(CallContext&, const Value& index) {
@@ -128,6 +137,13 @@ std::optional<Value> ScriptClassOf(Animatable* anim) {
     return it->second;
 }
 
+std::optional<Class_ID> HostClassIdOf(const Value& cls) {
+    if (!cls.Is(Kind::Class)) return std::nullopt;
+    for (const auto& [key, value] : ScriptClasses())
+        if (value.Cls() == cls.Cls()) return Class_ID(key.a, key.b);
+    return std::nullopt;
+}
+
 ReferenceTarget* CreateHostInstance(SClass_ID sid, Class_ID cid, const std::wstring& what) {
     ClassDesc* cd = ClassDirectory::Instance().Find(sid, cid);
     if (!cd) throw RuntimeError(L"Cannot create " + what + L": its class is not registered");
@@ -148,6 +164,8 @@ struct ParamHit {
 
 std::optional<ParamHit> FindParam(Animatable* anim, const std::wstring& name) {
     if (!anim) return std::nullopt;
+    // A light's colour also reads as `rgb`.
+    if (EqualsNoCase(name, L"rgb") && anim->SuperClassID() == LIGHT_CLASS_ID) return FindParam(anim, L"color");
     for (int b = 0; b < anim->NumParamBlocks(); ++b) {
         IParamBlock2* block = anim->GetParamBlock(b);
         if (!block || !block->GetDesc()) continue;
@@ -273,12 +291,19 @@ bool SetBlockParam(CallContext& ctx, Animatable* anim, const std::wstring& name,
     if (hit->def->IsTable()) {
         if (!value.Is(Kind::Array)) throw ConversionError(value, L"Array");
         hit->block->SetCount(hit->id, int(value.Items().size()));
+        // Entries an array grew by (`.count = n`) are undefined: they keep the table's empty value.
         for (std::size_t i = 0; i < value.Items().size(); ++i)
-            WriteParam(*hit, ctx.interp.Time(), int(i), value.Items()[i]);
+            if (!value.Items()[i].IsUndefined() || hit->def->Kind() == hostrt::ValueKind::Ref)
+                WriteParam(*hit, ctx.interp.Time(), int(i), value.Items()[i]);
         return true;
     }
     WriteParam(*hit, ctx.interp.Time(), 0, value);
     return true;
+}
+
+Control* BlockParamController(Animatable* anim, const std::wstring& name) {
+    auto hit = FindParam(anim, name);
+    return hit && !hit->def->IsTable() ? hit->block->GetController(hit->id) : nullptr;
 }
 
 std::vector<std::wstring> BlockParamNames(Animatable* anim) {

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+class Control;
 class INode;
 class ReferenceTarget;
 
@@ -27,6 +28,10 @@ void RegisterSceneFileFunctions();       // save, load, reset, merge, saveNodes,
 void RegisterSceneAnimationFunctions();  // controllers, keys, quat and eulerAngles values
 void RegisterSceneActionFunctions();     // actionMan
 void RegisterSceneHandleFunctions();     // getHandleByAnim, getAnimByHandle, maxOps.getNodeByHandle
+void RegisterSceneSubAnimFunctions();    // anim[#name], $b.pos.controller (registered first: asked last)
+void RegisterSceneTransformFunctions();
+void RegisterSceneAnimRangeFunctions();  // interval values, animationRange
+void RegisterSceneEditingFunctions();    // getClassInstances, modPanel, instanceMgr, polyop  // move, rotate, scale, bounding boxes, geometry/lights/... collections
 
 // ---- Nodes.
 // The node a value holds; null for anything else (a deleted node throws the usual runtime error).
@@ -64,6 +69,8 @@ private:
 Value RegisterHostClass(const std::wstring& name, const std::wstring& superclass, Class_ID cid, NativeFn ctor);
 // The registered script class of an animatable's class; nullopt when none.
 std::optional<Value> ScriptClassOf(Animatable* anim);
+// The host class a script class makes; nullopt for classes of no host class.
+std::optional<Class_ID> HostClassIdOf(const Value& cls);
 // A new instance of a host class from the class directory; a runtime error naming what when it is missing.
 ReferenceTarget* CreateHostInstance(SClass_ID sid, Class_ID cid, const std::wstring& what);
 
@@ -83,8 +90,22 @@ Value QuatValue(const Quat& q);
 // A quat or eulerAngles value as a rotation; anything else is a conversion error.
 Quat QuatArg(const Value& v);
 
+// A controller's value as a script value, and setting it (`.value`).
+Value ControllerScriptValue(Control* c, TimeValue t);
+void SetControllerScriptValue(Control* c, TimeValue t, const Value& v);
+// The controller of an animatable parameter by name; null when the parameter has none or there is none.
+Control* BlockParamController(Animatable* anim, const std::wstring& name);
+
 // The modifier stack of a node as `.modifiers` shows it (count, indexing by number or name, iteration).
 Value ModifierListValue(INode* node);
+// The node's modifier of that name (`$b.bend`); nullopt when none.
+std::optional<Value> ModifierByName(INode* node, const std::wstring& name);
+
+// ---- Where nodes are: `.pivot`, `.boundingBox`, `.min`, `.max`, `.center`; nullopt / false for other names.
+std::optional<Value> GetNodeSpatialProperty(CallContext& ctx, INode* node, const std::wstring& name);
+bool SetNodeSpatialProperty(CallContext& ctx, INode* node, const std::wstring& name, const Value& v);
+// `.center`, `.min`, `.max` of a group of nodes (the world box around their objects).
+std::optional<Value> NodeGroupProperty(CallContext& ctx, const std::vector<INode*>& nodes, const std::wstring& name);
 
 // Colours: script colours have components 0..255, host colours 0..1.
 Value ColorValue(const Point3& c);

@@ -125,6 +125,9 @@ private:
 struct CallArgs {
     std::vector<Value> positional;
     std::vector<std::pair<std::wstring, Value>> keywords;
+    // For native functions: the references (&x) the caller gave, by position (undefined where none); the
+    // positional values are what they stand for. A function with an out parameter writes through these.
+    std::vector<Value> references;
 
     // The keyword argument of this name (case-insensitive), null when not given.
     const Value* Keyword(std::wstring_view name) const;

@@ -168,3 +168,5 @@ int Interface::GetCommandPanelTaskMode() { return Scene::Instance().TaskMode(); 
 void Interface::SetCommandPanelTaskMode(int mode) { Scene::Instance().SetTaskMode(mode); }
 BaseObject* Interface::GetCurEditObject() { return Scene::Instance().CurEditObject(); }
 void Interface::SetCurEditObject(BaseObject* obj) { Scene::Instance().SetCurEditObject(obj); }
+Interval Interface::GetAnimRange() { return Scene::Instance().AnimRange(); }
+void Interface::SetAnimRange(Interval range) { Scene::Instance().SetAnimRange(range); }

@@ -220,6 +220,7 @@ std::vector<ReferenceTarget*> Scene::ContentRoots() {
 void Scene::emptyScene() {
     Node* oldRoot = root_;
     std::vector<ReferenceTarget*> old;
+    animRange_ = Interval(0, 100 * GetTicksPerFrame());
     root_ = Node::MakeRoot(kRootName);
     for (Installed& p : parts_)
         if (ReferenceTarget* prev = install(p, nullptr)) old.push_back(prev);

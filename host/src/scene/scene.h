@@ -76,6 +76,10 @@ public:
     BaseObject* CurEditObject() const;
     void SetCurEditObject(BaseObject* obj);
 
+    // The animation range (frames 0 to 100 in a fresh scene). Not yet written to scene files.
+    Interval AnimRange() const { return animRange_; }
+    void SetAnimRange(Interval range) { animRange_ = range; }
+
     // The root node and every part's item: what a scene save writes.
     std::vector<ReferenceTarget*> ContentRoots();
 
@@ -98,6 +102,7 @@ private:
     bool saveRequired_ = false;
     bool writingFile_ = false;
     int taskMode_ = 1;
+    Interval animRange_{0, 100 * GetTicksPerFrame()};
     AnimHandle editObject_ = 0;
 };
 

@@ -15,6 +15,10 @@ namespace hostrt {
 namespace {
 
 constexpr USHORT kNameChunk = 0x0100;
+// The display switches (bit 0 hidden, bit 1 frozen), written only when one is on.
+constexpr USHORT kSwitchesChunk = 0x0110;
+constexpr DWORD kHiddenBit = 0x1;
+constexpr DWORD kFrozenBit = 0x2;
 
 class LayerNameRestore : public RestoreObj {
 public:
@@ -145,9 +149,29 @@ bool Layer::HasNodesBelow() {
     return false;
 }
 
+bool Layer::Hide(bool hide) {
+    if (hide == hidden_) return true;
+    hidden_ = hide;
+    NotifyDependents(FOREVER, PART_ALL, REFMSG_CHANGE);
+    return true;
+}
+
+bool Layer::Freeze(bool freeze) {
+    if (freeze == frozen_) return true;
+    frozen_ = freeze;
+    NotifyDependents(FOREVER, PART_ALL, REFMSG_CHANGE);
+    return true;
+}
+
 IOResult Layer::Save(ISave* isave) {
     isave->BeginChunk(kNameChunk);
-    const IOResult r = isave->WriteWString(name_);
+    IOResult r = isave->WriteWString(name_);
+    isave->EndChunk();
+    if (r != IO_OK || !(hidden_ || frozen_)) return r;
+    const DWORD switches = (hidden_ ? kHiddenBit : 0) | (frozen_ ? kFrozenBit : 0);
+    ULONG written = 0;
+    isave->BeginChunk(kSwitchesChunk);
+    r = isave->Write(&switches, sizeof(switches), &written);
     isave->EndChunk();
     return r;
 }
@@ -157,6 +181,13 @@ IOResult Layer::Load(ILoad* iload) {
     while ((res = iload->OpenChunk()) == IO_OK) {
         IOResult r = IO_OK;
         if (iload->CurChunkID() == kNameChunk) r = iload->ReadWStringChunk(name_);
+        if (iload->CurChunkID() == kSwitchesChunk) {
+            DWORD switches = 0;
+            ULONG read = 0;
+            r = iload->Read(&switches, sizeof(switches), &read);
+            hidden_ = (switches & kHiddenBit) != 0;
+            frozen_ = (switches & kFrozenBit) != 0;
+        }
         iload->CloseChunk();
         if (r != IO_OK) return r;
     }
@@ -165,6 +196,8 @@ IOResult Layer::Load(ILoad* iload) {
 
 RefTargetHandle Layer::Clone(RemapDir& remap) {
     auto* c = new Layer(name_);
+    c->hidden_ = hidden_;
+    c->frozen_ = frozen_;
     RefTargetHandle mapped = parent_ ? remap.FindMapping(parent_) : nullptr;
     c->ReplaceReference(kParentRef, mapped ? mapped : parent_);
     BaseClone(this, c, remap);

@@ -28,6 +28,10 @@ public:
     int NumNodes() override;
     INode* GetNode(int i) override;
     bool HasNodesBelow() override;
+    bool IsHidden() override { return hidden_; }
+    bool Hide(bool hide) override;
+    bool IsFrozen() override { return frozen_; }
+    bool Freeze(bool freeze) override;
 
     // The layer manager listing this layer; null when none does.
     LayerManager* Manager();
@@ -56,6 +60,8 @@ private:
 
     MSTR name_;
     ILayer* parent_ = nullptr;
+    bool hidden_ = false;
+    bool frozen_ = false;
     std::vector<INode*> nodes_;
     std::vector<AnimHandle> nodeHandles_;
     std::size_t depsSeen_ = std::size_t(-1);
