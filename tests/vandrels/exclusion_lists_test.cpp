@@ -70,7 +70,7 @@ protected:
         return node ? static_cast<VandrelsHelper*>(node->GetObjectRef()) : nullptr;
     }
     RefNode* RecordNamed(const MCHAR* name) {
-        for (RefNode* record : helper->refNodes) {
+        for (RefNode* record : helper->NodeRecords()) {
             auto* node = record ? static_cast<INode*>(record->GetReference(0)) : nullptr;
             if (node && std::wstring(node->GetName()).ends_with(name)) return record;
         }

@@ -115,7 +115,7 @@ protected:
                Quoted(File(L"lamps")) + L"; Vandrels.AddVandrel " + Quoted(File(L"missing")) + L" load:false");
         theHold.FlushUndoBuffer();
         auto* chairs = static_cast<VandrelsHelper*>(Node(L"chairs")->GetObjectRef());
-        for (RefNode* record : chairs->refNodes)
+        for (RefNode* record : chairs->NodeRecords())
             (record->GetName() == MSTR(L"Chair") ? chair : stool) = record;
         ASSERT_TRUE(chair && stool);
         hostrt::Listener::Instance().Clear();

@@ -77,7 +77,7 @@ protected:
         ASSERT_TRUE(crate && ball && lamp);
     }
     RefNode* RecordNamed(const MCHAR* name) {
-        for (RefNode* record : helper->refNodes)
+        for (RefNode* record : helper->NodeRecords())
             if (record && record->GetName() == MSTR(name)) return record;
         return nullptr;
     }

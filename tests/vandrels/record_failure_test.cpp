@@ -28,6 +28,13 @@ TEST(RecordFailure, ComposesEachPresentFieldOnItsOwnLine) {
     EXPECT_EQ(Text({L"Error Saving Reference", std::nullopt, MSTR(L"Writing"), std::nullopt,
                     RecordFailure::StepLabel::Spaced}),
               L"Error Saving Reference\nLast Operation: Writing");
+    // The scene save's reports put the cause right after the words and the step line last.
+    RecordFailure save{L"Error Saving Scene in PreSave", std::nullopt, MSTR(L"Linking"), MSTR(L"failed"),
+                       RecordFailure::StepLabel::Spaced};
+    save.causePlace = RecordFailure::CausePlace::BeforeStep;
+    EXPECT_EQ(Text(save), L"Error Saving Scene in PreSave\n\nfailed\nLast Operation: Linking");
+    save.cause.reset();
+    EXPECT_EQ(Text(save), L"Error Saving Scene in PreSave\nLast Operation: Linking");
     EXPECT_FALSE(RecordFailure::StepOf(0).has_value());
 }
 

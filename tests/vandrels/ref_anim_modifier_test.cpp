@@ -86,7 +86,7 @@ protected:
         INode* helperNode = GetCOREInterface()->GetINodeByName(stem.c_str());
         ASSERT_NE(helperNode, nullptr);
         helper = static_cast<VandrelsHelper*>(helperNode->GetObjectRef());
-        for (RefNode* record : helper->refNodes) {
+        for (RefNode* record : helper->NodeRecords()) {
             auto* n = record ? static_cast<INode*>(record->GetReference(0)) : nullptr;
             if (n && std::wstring(n->GetName()).ends_with(L"Bent")) {
                 nodeRecord = record;
@@ -267,36 +267,36 @@ TEST_F(RefAnimModifiers, AdoptingANodeMakesItsRecordOnce) {
     INode* stray = GetCOREInterface()->GetINodeByName(L"Stray");
     INode* loose = GetCOREInterface()->GetINodeByName(L"Loose");
     ASSERT_TRUE(stray && loose);
-    helper->nodesToDelete.Append(new WStr(L"Renamed"));
-    helper->nodesToDelete.Append(new WStr(L"Other"));
-    helper->nodesToDelete.Append(new WStr(L"Renamed"));
+    helper->RememberDeletedNode(L"Renamed");
+    helper->RememberDeletedNode(L"Other");
+    helper->RememberDeletedNode(L"Renamed");
     auto* watcher = new Watcher();
     ASSERT_EQ(watcher->ReplaceReference(0, stray), REF_SUCCEED);
-    const int records = helper->refNodes.Count();
+    const int records = helper->NodeRecords().Count();
 
     bendRecord->AdoptNode(stray, L"Renamed");
-    ASSERT_EQ(helper->refNodes.Count(), records + 1);
-    RefNode* adopted = helper->refNodes[records];
+    ASSERT_EQ(helper->NodeRecords().Count(), records + 1);
+    RefNode* adopted = helper->NodeRecords()[records];
     ASSERT_NE(adopted, nullptr);
     EXPECT_EQ(adopted->GetReference(0), stray);
     EXPECT_EQ(helper->GetReference(helper->Slots().NodeRecord(records)), adopted);
     EXPECT_EQ(std::wstring(adopted->GetName().data()), L"Renamed");
     EXPECT_EQ(adopted->GetOverrideFlags() & kNodeOverriddenName, kNodeOverriddenName);
-    ASSERT_EQ(helper->nodesToDelete.Count(), 1);
-    EXPECT_EQ(std::wstring(helper->nodesToDelete[0]->data()), L"Other");
+    ASSERT_EQ(helper->DeletedNodeNames().Count(), 1);
+    EXPECT_EQ(std::wstring(helper->DeletedNodeNames()[0]->data()), L"Other");
     EXPECT_EQ(watcher->Heard(kMsgNodeAdopted), 1);
 
     // A node that has a record is left alone.
     bendRecord->AdoptNode(stray, L"Again");
-    EXPECT_EQ(helper->refNodes.Count(), records + 1);
+    EXPECT_EQ(helper->NodeRecords().Count(), records + 1);
     EXPECT_EQ(std::wstring(adopted->GetName().data()), L"Renamed");
     EXPECT_EQ(watcher->Heard(kMsgNodeAdopted), 1);
 
     // Without a name the node's own name is taken, and it is no name override.
     bendRecord->AdoptNode(loose, nullptr);
-    ASSERT_EQ(helper->refNodes.Count(), records + 2);
-    EXPECT_EQ(std::wstring(helper->refNodes[records + 1]->GetName().data()), L"Loose");
-    EXPECT_EQ(helper->refNodes[records + 1]->GetOverrideFlags() & kNodeOverriddenName, 0u);
+    ASSERT_EQ(helper->NodeRecords().Count(), records + 2);
+    EXPECT_EQ(std::wstring(helper->NodeRecords()[records + 1]->GetName().data()), L"Loose");
+    EXPECT_EQ(helper->NodeRecords()[records + 1]->GetOverrideFlags() & kNodeOverriddenName, 0u);
 
     watcher->DeleteMe();
 }

@@ -146,7 +146,7 @@ TEST_F(SceneEvents, UserEditsReachTheRecordsButTheLibrarysOwnDoNot) {
     ASSERT_NE(chair, nullptr);
     auto* helper = static_cast<VandrelsHelper*>(Node(helperName.c_str())->GetObjectRef());
     RefNode* record = nullptr;
-    for (RefNode* r : helper->refNodes)
+    for (RefNode* r : helper->NodeRecords())
         if (r && r->GetReference(0) == chair) record = r;
     ASSERT_NE(record, nullptr);
     EXPECT_EQ(record->GetOverrideFlags() & 0x2u, 0u) << "the prefix is not a local name";

@@ -115,10 +115,10 @@ TEST_F(SlotLayoutFiles, AHelperWithEveryKindOfSlotIsWrittenTheSameAfterAReopen) 
     INode* helperNode = vtest::Node(std::filesystem::path(reference_.ToUTF8()).stem().wstring().c_str());
     ASSERT_NE(helperNode, nullptr);
     auto* helper = static_cast<VandrelsHelper*>(helperNode->GetObjectRef());
-    ASSERT_GT(helper->refNodes.Count(), 0);
-    for (int k = 0; k < helper->refNodes.Count(); ++k) {
-        EXPECT_EQ(helper->GetReference(helper->Slots().NodeRecord(k)), helper->refNodes[k]);
-        if (RefNode* record = helper->refNodes[k]) {
+    ASSERT_GT(helper->NodeRecords().Count(), 0);
+    for (int k = 0; k < helper->NodeRecords().Count(); ++k) {
+        EXPECT_EQ(helper->GetReference(helper->Slots().NodeRecord(k)), helper->NodeRecords()[k]);
+        if (RefNode* record = helper->NodeRecords()[k]) {
             const NodeRecordSlots slots = record->Slots();
             EXPECT_EQ(record->NumRefs(), slots.Count());
             EXPECT_EQ(record->GetReference(0), record->GetNode());
@@ -126,15 +126,15 @@ TEST_F(SlotLayoutFiles, AHelperWithEveryKindOfSlotIsWrittenTheSameAfterAReopen) 
     }
     // The records filled the slots the scene edits name.
     RefNode* base = nullptr;
-    for (RefNode* record : helper->refNodes)
+    for (RefNode* record : helper->NodeRecords())
         if (record && record->GetNode() == vtest::Node(L"Base")) base = record;
     ASSERT_NE(base, nullptr);
     EXPECT_EQ(base->GetReference(base->Slots().Child(0)), vtest::Node(L"Kid"));
     EXPECT_NE(base->GetReference(base->Slots().Layer()), nullptr);
     EXPECT_GT(base->Slots().Count(), base->Slots().ObjectSpaceModifier(0));
-    EXPECT_GT(helper->refMaterials.Count(), 0);
-    for (int k = 0; k < helper->refMaterials.Count(); ++k)
-        EXPECT_EQ(helper->GetReference(helper->Slots().MaterialRecord(k)), helper->refMaterials[k]);
+    EXPECT_GT(helper->MaterialRecords().Count(), 0);
+    for (int k = 0; k < helper->MaterialRecords().Count(); ++k)
+        EXPECT_EQ(helper->GetReference(helper->Slots().MaterialRecord(k)), helper->MaterialRecords()[k]);
     EXPECT_EQ(helper->NumRefs(), helper->Slots().Count());
 
     ASSERT_TRUE(GetCOREInterface()->SaveToFile(file_.data()));

@@ -2,14 +2,20 @@
 // tables of each superclass, kept as data in the order in which their rows are tried (first match wins).
 #include "anims/classifier.h"
 
+#include "anims/classifier_class_ids.h"
 #include "anims/record_codes.h"
+#include "classids.h"
 #include "control.h"
+#include "imtl.h"
 #include "iparamb2.h"
+#include "istdplug.h"
 #include "records/subanim_space.h"
 
 #include <span>
 
 namespace {
+
+using namespace vandrels;
 
 // ---- Host answers.
 
@@ -101,7 +107,7 @@ constexpr ClassCode kGeomTable[] = {
     {Class_ID(0x00009125, 0), kCodeNoRecord},
     {Class_ID(0x2E6A0C09, 0x43D5C9C0), kCodeNoRecord},
     {Class_ID(0x73DC4833, 0x65C93CAA), kCodeNoRecord},
-    {Class_ID(0x7BC209AF, 0x01BBAC5F), kCodeBoolean},
+    {kBooleanObjectClassId, kCodeBoolean},
     {Class_ID(0x5C2417BD, 0x44050964), kCodeIndepRefs},
     {Class_ID(0x42567B96, 0x4E9C1AED), kCodeIndepRefs},
     {Class_ID(0x6A877C03, 0x67947186), kCodeIndepRefs},
@@ -111,10 +117,10 @@ constexpr ClassCode kGeomTable[] = {
     {Class_ID(0x367E33EF, 0x07C0670C), kCodeIndepRefs},
     {Class_ID(0x51DB4F2F, 0x1C596B1A), kCodeIndepRefs},
     {Class_ID(0x1AB13757, 0x12365B98), kCodeIndepRefs},
-    {Class_ID(0x6C3600A5, 0x11634EB8), kCodeTextPlus},
+    {kTextPlusObjectClassId, kCodeTextPlus},
     {Class_ID(0x74F93B02, 0x1EB34300), kCodeIgnore},
-    {Class_ID(0x79FE41C2, 0x1D7B4FB1), kCodeForest},
-    {Class_ID(0x39712DEF, 0x10A72959), kCodeRailClone},
+    {kForestObjectClassId, kCodeForest},
+    {kRailCloneObjectClassId, kCodeRailClone},
 };
 
 std::uint32_t ClassifyGeometry(Animatable* anim) {
@@ -141,14 +147,14 @@ constexpr ClassCode kModifierTable[] = {
     {Class_ID(0x00000070, 0), kCodePointMod},
     {Class_ID(0x4AA52AE3, 0x35CA1CDE), kCodePointMod},
     {Class_ID(0x00000050, 0), kCodePointMod},
-    {Class_ID(0x0095C723, 0x00015666), kCodeSkin},
-    {Class_ID(0x17BB6854, 0xA5CBA2A3), kCodeMorpher},
-    {Class_ID(0x000C4D33, 0), kCodeLinkedXForm},
-    {Class_ID(0x67C1CD47, 0x7782F878), kCodeCloth},
-    {Class_ID(0x0EE23DE9, 0xFA432946), kCodeCloth},
-    {Class_ID(0x7A4202D0, 0x11961722), kCodeBevelProfile},
+    {kSkinModifierClassId, kCodeSkin},
+    {kMorpherModifierClassId, kCodeMorpher},
+    {kLinkedXFormModifierClassId, kCodeLinkedXForm},
+    {kClothModifierClassId, kCodeCloth},
+    {kClothModifierSecondClassId, kCodeCloth},
+    {kBevelProfileModifierClassId, kCodeBevelProfile},
     {Class_ID(0x270F1FE3, 0x03B14999), kCodeLocDep},
-    {Class_ID(0x00000E11, 0), kCodeDataChannel},
+    {kDataChannelModifierClassId, kCodeDataChannel},
     {Class_ID(0x00000100, 0), kCodeWithRefsMod},
 };
 
@@ -168,18 +174,18 @@ struct ParentRow {
 
 constexpr ParentRow kBlockTable[] = {
     {CUST_ATTRIB_CLASS_ID, true, Class_ID(0, 0), kCodePblock2ResizeOverride1},
-    {GEOMOBJECT_CLASS_ID, false, Class_ID(0x7BC209AF, 0x01BBAC5F), kCodePblock2ResizeOverride2},
-    {GEOMOBJECT_CLASS_ID, false, Class_ID(0x6C3600A5, 0x11634EB8), kCodePblock2ResizeOverride2},
-    {GEOMOBJECT_CLASS_ID, false, Class_ID(0x74F93B03, 0x1EB34300), kCodePblock2ResizeOverride2},
-    {GEOMOBJECT_CLASS_ID, false, Class_ID(0x79FE41C2, 0x1D7B4FB1), kCodePblock2ResizeOverride1},
-    {GEOMOBJECT_CLASS_ID, false, Class_ID(0x39712DEF, 0x10A72959), kCodePblock2ResizeOverride1},
+    {GEOMOBJECT_CLASS_ID, false, kBooleanObjectClassId, kCodePblock2ResizeOverride2},
+    {GEOMOBJECT_CLASS_ID, false, kTextPlusObjectClassId, kCodePblock2ResizeOverride2},
+    {GEOMOBJECT_CLASS_ID, false, kParticleFlowSourceClassId, kCodePblock2ResizeOverride2},
+    {GEOMOBJECT_CLASS_ID, false, kForestObjectClassId, kCodePblock2ResizeOverride1},
+    {GEOMOBJECT_CLASS_ID, false, kRailCloneObjectClassId, kCodePblock2ResizeOverride1},
     {LIGHT_CLASS_ID, false, Class_ID(0x2EAF2F07, 0x7EC44F31), kCodePblock2UndoGroup},
     {LIGHT_CLASS_ID, false, Class_ID(0x3C5575A1, 0x5FD602DF), kCodePblock2UndoGroup},
-    {HELPER_CLASS_ID, false, Class_ID(0x74F93B03, 0x1EB34300), kCodePblock2ResizeOverride2},
+    {HELPER_CLASS_ID, false, kParticleFlowSourceClassId, kCodePblock2ResizeOverride2},
     {REF_TARGET_CLASS_ID, false, Class_ID(0x6E4253A3, 0x7FFA3373), kCodeWalkSubs},
     {REF_TARGET_CLASS_ID, false, Class_ID(0x1D473A0E, 0x3B151C9D), kCodeWalkSubs},
     {REF_TARGET_CLASS_ID, false, Class_ID(0x0BC975DD, 0x6E1A1AE5), kCodeWalkSubs},
-    {OSM_CLASS_ID, false, Class_ID(0x00000E11, 0), kCodePblock2ResizeOverride2},
+    {OSM_CLASS_ID, false, kDataChannelModifierClassId, kCodePblock2ResizeOverride2},
     {CTRL_FLOAT_CLASS_ID, false, Class_ID(0x17127E3E, 0), kCodePblock2},
     {CTRL_FLOAT_CLASS_ID, false, Class_ID(0x4CEB45BD, 0x0B9C062E), kCodeWalkSubs},
     {CTRL_FLOAT_CLASS_ID, false, Class_ID(0x0EC62904, 0x185A28DC), kCodeWalkSubs},
@@ -225,7 +231,7 @@ std::uint32_t ClassifyBlock2(Animatable* parent) {
 constexpr ClassCode kRefMakerTable[] = {
     {Class_ID(0x4096218C, 0x1BB8133C), kCodePlainWithOption},
     {Class_ID(0x4DDC1551, 0x118452EB), kCodePlainWithOption},
-    {Class_ID(0x5DDB3626, 0x23B708DB), kCodeWalkSubs},
+    {CUSTATTRIB_CONTAINER_CLASS_ID, kCodeWalkSubs},
     {Class_ID(0x5F2D3A0A, 0x4BE75269), kCodeWithRefs},
     {Class_ID(0x14585773, 0x483A7DCF), kCodeIgnore},
 };
@@ -233,16 +239,16 @@ constexpr ClassCode kRefMakerTable[] = {
 constexpr ClassCode kShapeTable[] = {
     {Class_ID(0x76A11646, 0x12A822FB), kCodePointObj},
     {Class_ID(0x00001040, 0), kCodePointObj},
-    {Class_ID(0x00001993, 0), kCodeText},
-    {Class_ID(0x6B963D5F, 0x6E243528), kCodeBoolean},
+    {kTextShapeClassId, kCodeText},
+    {kBooleanShapeClassId, kCodeBoolean},
 };
 
 constexpr ClassCode kHelperTable[] = {
     {Class_ID(0x74F93B07, 0x1EB34300), kCodeIgnore},
     {Class_ID(0x74F93B01, 0x1EB34300), kCodeIgnore},
     {Class_ID(0x00002013, 0), kCodeLocDep},
-    {Class_ID(0x00876234, 0), kCodeLocDep},
-    {Class_ID(0x6E34B493, 0xE3C48E41), kCodeContainer},
+    {Class_ID(DUMMY_CLASS_ID, 0), kCodeLocDep},
+    {kContainerHelperClassId, kCodeContainer},
 };
 
 constexpr ClassCode kWorldObjectTable[] = {
@@ -251,9 +257,9 @@ constexpr ClassCode kWorldObjectTable[] = {
 };
 
 constexpr ClassCode kMaterialTable[] = {
-    {Class_ID(0x00000200, 0), kCodeMultiSubMtl},
+    {MULTI_MATERIAL_CLASS_ID, kCodeMultiSubMtl},
     {Class_ID(0x4B9937E0, 0x3A1C3DA4), kCodeWithRefs},
-    {Class_ID(0x272C0D4B, 0x432A414B), kCodeXRef},
+    {kXRefMaterialClassId, kCodeXRef},
 };
 
 constexpr ClassCode kTexmapTable[] = {
@@ -288,7 +294,7 @@ std::uint32_t ClassifyBySuperclass(Animatable* anim, Animatable* parent) {
     case HELPER_CLASS_ID:
         if ((row = Find(kHelperTable, cid))) return row->code;
         return WithRefsWhenTarget(anim);
-    case SYSTEM_CLASS_ID: return cid == Class_ID(0x92AAB38C, 0) ? kCodeXRef : DefaultRule(anim, parent);
+    case SYSTEM_CLASS_ID: return cid == kXRefSystemClassId ? kCodeXRef : DefaultRule(anim, parent);
     case PARAMETER_BLOCK2_CLASS_ID: return ClassifyBlock2(parent);
     case REF_TARGET_CLASS_ID: return cid == Class_ID(0x46D56AA8, 0x1A0703D4) ? kCodePlain : DefaultRule(anim, parent);
     case OSM_CLASS_ID: return ClassifyModifier(anim);
@@ -328,7 +334,7 @@ constexpr Class_ID kPoint3SubAnim2Classes[] = {
 constexpr ControlRow kControlTable[] = {
     // Float.
     {CTRL_FLOAT_CLASS_ID, Class_ID(0xFF5826DB, 0), kCodeWithRefs},
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0x717D7D1F, 0x124C173B), kCodeReaction},
+    {CTRL_FLOAT_CLASS_ID, kFloatReactionClassId, kCodeReaction},
     {CTRL_FLOAT_CLASS_ID, Class_ID(0x87A6DF24, 0), kCodeIndepRefs},
     {CTRL_FLOAT_CLASS_ID, Class_ID(0x17127E3E, 0), kCodeLocDep},
     {CTRL_FLOAT_CLASS_ID, Class_ID(0x742D30AC, 0x37984F09), kCodeWalkSubs},
@@ -351,41 +357,41 @@ constexpr ControlRow kControlTable[] = {
     {CTRL_FLOAT_CLASS_ID, Class_ID(0x7C125BF5, 0x3A880ECE), kCodeIgnore},
     // Point3.
     {CTRL_POINT3_CLASS_ID, Class_ID(0x118F7E02, 0xFEEE238B), kCodeWalkSubs, When::SubAnim2Listed},
-    {CTRL_POINT3_CLASS_ID, Class_ID(0x19080908, 0x3B617839), kCodeReaction},
+    {CTRL_POINT3_CLASS_ID, kPoint3ReactionClassId, kCodeReaction},
     {CTRL_POINT3_CLASS_ID, Class_ID(0x87A6DF26, 0), kCodeIndepRefs},
     {CTRL_POINT3_CLASS_ID, Class_ID(0x275C1AC1, 0x08B45EE2), kCodeWalkSubs},
     {CTRL_POINT3_CLASS_ID, Class_ID(0xFF4826DC, 0), kCodeWithRefs},
     // Matrix.
-    {CTRL_MATRIX3_CLASS_ID, Class_ID(0x00002005, 0), kCodeWalkSubs, When::ParentIsLayerBase},
-    {CTRL_MATRIX3_CLASS_ID, Class_ID(0x00002005, 0), kCodePRS},
-    {CTRL_MATRIX3_CLASS_ID, Class_ID(0x873FE764, 0xAABE8601), kCodeLinkCtrl},
-    {CTRL_MATRIX3_CLASS_ID, Class_ID(0x00002006, 0), kCodeIndepRefs},
-    {CTRL_MATRIX3_CLASS_ID, Class_ID(0x32FB4637, 0x65FD482B), kCodeXRef},
+    {CTRL_MATRIX3_CLASS_ID, Class_ID(PRS_CONTROL_CLASS_ID, 0), kCodeWalkSubs, When::ParentIsLayerBase},
+    {CTRL_MATRIX3_CLASS_ID, Class_ID(PRS_CONTROL_CLASS_ID, 0), kCodePRS},
+    {CTRL_MATRIX3_CLASS_ID, kLinkControlClassId, kCodeLinkCtrl},
+    {CTRL_MATRIX3_CLASS_ID, Class_ID(LOOKAT_CONTROL_CLASS_ID, 0), kCodeIndepRefs},
+    {CTRL_MATRIX3_CLASS_ID, kXRefControllerClassId, kCodeXRef},
     {CTRL_MATRIX3_CLASS_ID, Class_ID(0x1EDD686D, 0x45A56EB3), kCodeIgnore},
     {CTRL_MATRIX3_CLASS_ID, Class_ID(0x2DE70807, 0x3973713A), kCodeIgnore},
     {CTRL_MATRIX3_CLASS_ID, Class_ID(0x6E341CBA, 0x6F9C52CA), kCodeLocDep},
-    {CTRL_MATRIX3_CLASS_ID, Class_ID(0x615B56E4, 0x5F0E6032), kCodeLinkTM, When::UnderNode},
+    {CTRL_MATRIX3_CLASS_ID, kLinkTMControlClassId, kCodeLinkTM, When::UnderNode},
     // Position.
     {CTRL_POSITION_CLASS_ID, Class_ID(0x118F7E02, 0xFFEE238A), kCodeLocDep},
     {CTRL_POSITION_CLASS_ID, Class_ID(0x00002019, 0), kCodeConstraint},
     {CTRL_POSITION_CLASS_ID, Class_ID(0x00002011, 0), kCodeConstraint},
-    {CTRL_POSITION_CLASS_ID, Class_ID(0x7AC5CAE4, 0x904A56B3), kCodeReaction},
+    {CTRL_POSITION_CLASS_ID, kPositionReactionClassId, kCodeReaction},
     {CTRL_POSITION_CLASS_ID, Class_ID(0x87A6DF25, 0), kCodeIndepRefs},
     {CTRL_POSITION_CLASS_ID, Class_ID(0xE8334011, 0xAEB330C8), kCodeWithRefs},
     {CTRL_POSITION_CLASS_ID, Class_ID(0xFF8826DE, 0), kCodeWithRefs},
     {CTRL_POSITION_CLASS_ID, Class_ID(0x79697D2A, 0xF2B8A1C8), kCodeWithRefs},
     // Rotation.
-    {CTRL_ROTATION_CLASS_ID, Class_ID(0x00002012, 0), kCodeEuler},
+    {CTRL_ROTATION_CLASS_ID, Class_ID(EULER_CONTROL_CLASS_ID, 0), kCodeEuler},
     {CTRL_ROTATION_CLASS_ID, Class_ID(0x00002020, 0), kCodeConstraint},
     {CTRL_ROTATION_CLASS_ID, Class_ID(0x00002021, 0), kCodeConstraint},
-    {CTRL_ROTATION_CLASS_ID, Class_ID(0x2A8734EB, 0x57F47DA6), kCodeReaction},
+    {CTRL_ROTATION_CLASS_ID, kRotationReactionClassId, kCodeReaction},
     {CTRL_ROTATION_CLASS_ID, Class_ID(0x87A6DF27, 0), kCodeIndepRefs},
     {CTRL_ROTATION_CLASS_ID, Class_ID(0x67A81CF9, 0x79C62151), kCodeIgnore},
     {CTRL_ROTATION_CLASS_ID, Class_ID(0x1D1A667C, 0x206521F1), kCodeIgnore},
     {CTRL_ROTATION_CLASS_ID, Class_ID(0xFF7826DF, 0), kCodeWithRefs},
     // Scale.
     {CTRL_SCALE_CLASS_ID, Class_ID(0x118F7C01, 0xFEEE238B), kCodeLocDep},
-    {CTRL_SCALE_CLASS_ID, Class_ID(0x13C4451C, 0x2CCB3388), kCodeReaction},
+    {CTRL_SCALE_CLASS_ID, kScaleReactionClassId, kCodeReaction},
     {CTRL_SCALE_CLASS_ID, Class_ID(0x87A6DF28, 0), kCodeIndepRefs},
     {CTRL_SCALE_CLASS_ID, Class_ID(0xFF6826DA, 0), kCodeWithRefs},
 };
@@ -394,7 +400,7 @@ bool RowApplies(const ControlRow& row, Animatable* anim, Animatable* parent) {
     switch (row.when) {
     case When::Always: return true;
     case When::UnderNode: return IsNode(parent);
-    case When::ParentIsLayerBase: return HasClass(parent, Class_ID(0x18D026A1, 0x347D1CF3));
+    case When::ParentIsLayerBase: return HasClass(parent, kLayerBaseClassId);
     case When::SubAnim2Listed: {
         Animatable* sub = anim->NumSubs() > 2 ? anim->SubAnim(2) : nullptr;
         return sub && Listed(kPoint3SubAnim2Classes, sub->ClassID());
@@ -443,11 +449,11 @@ bool ClassifyFixedController(Animatable* anim, Animatable* parent, std::uint32_t
     const SClass_ID sclass = anim->SuperClassID();
     const Class_ID cid = anim->ClassID();
     if (sclass == CTRL_MATRIX3_CLASS_ID) {
-        if (cid == Class_ID(0x00009156, 0)) return code = kCodeBip, true;
-        if (cid == Class_ID(0x00009154, 0)) return code = kCodeBipCtrl, true;
+        if (cid == kBipedClassId) return code = kCodeBip, true;
+        if (cid == kBipedControlClassId) return code = kCodeBipCtrl, true;
         if (Answers(anim, kCATCtrlInterface) && IsNode(parent)) return code = kCodeCATCtrl, true;
-        if (cid == Class_ID(0x32FB4637, 0x65FD482B)) return code = kCodeXRef, true;
-        if (cid == Class_ID(0xBE380A31, 0x310DC9E4)) return code = kCodeIKSolver, true;
+        if (cid == kXRefControllerClassId) return code = kCodeXRef, true;
+        if (cid == kIKSolverClassId) return code = kCodeIKSolver, true;
     }
     for (std::size_t i = 0; i < std::size(kLocDepControllerClasses); ++i) {
         if (sclass != kLocDepControllerSuperclasses[i] || cid != kLocDepControllerClasses[i]) continue;
@@ -468,7 +474,7 @@ std::uint32_t ClassifyFixed(Animatable* anim, Animatable* parent) {
     case GEOMOBJECT_CLASS_ID: return cid == Class_ID(0x50320C9A, 0) ? kCodePFSourceMode1 : kCodeWalkSubs;
     case CUST_ATTRIB_CLASS_ID: return kCodeCA;
     case HELPER_CLASS_ID:
-        if (cid == Class_ID(0x74F93B03, 0x1EB34300)) return kCodePFSource;
+        if (cid == kParticleFlowSourceClassId) return kCodePFSource;
         // A Particle Flow test inside an event: the host has no separate Particle Flow object behind an
         // action, so the test query and the interface query are asked of the action itself.
         if (IsNode(parent) && Answers(anim, kPFTestInterface)) return kCodePFTest;

@@ -8,8 +8,10 @@ namespace vandrels {
 MSTR RecordFailure::ToString() const {
     MSTR text = operation;
     if (description) text += L"\n" + *description;
+    const bool causeFirst = causePlace == CausePlace::BeforeStep;
+    if (cause && causeFirst) text += L"\n\n" + *cause;
     if (step) text += MSTR(stepLabel == StepLabel::Joined ? L"\nLastOperation: " : L"\nLast Operation: ") + *step;
-    if (cause) text += L"\n\n" + *cause;
+    if (cause && !causeFirst) text += L"\n\n" + *cause;
     return text;
 }
 

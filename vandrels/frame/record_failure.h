@@ -15,14 +15,19 @@ struct RecordFailure {
     // How the step line is labelled: the records and the helper's operations write "LastOperation: ", the
     // error report of the scene-wide operations (save, batch) "Last Operation: ".
     enum class StepLabel { Joined, Spaced };
+    // Where the cause goes: after the step line (records, helper operations), or right after the words with the
+    // step line last (the scene save's pre-save and post-save reports).
+    enum class CausePlace { AfterStep, BeforeStep };
 
     MSTR operation;                    // the operation's words
     std::optional<MSTR> description;   // what failed, on the line after the words
     std::optional<MSTR> step;          // the step word in force; an empty word still prints the label
     std::optional<MSTR> cause;         // the caught host exception's text, after an empty line
     StepLabel stepLabel = StepLabel::Joined;
+    CausePlace causePlace = CausePlace::AfterStep;
 
-    // words, "\n" description, "\nLastOperation: " step, "\n\n" cause: each part only when present.
+    // words, "\n" description, "\nLastOperation: " step, "\n\n" cause: each part only when present (the cause
+    // before the step line with CausePlace::BeforeStep).
     MSTR ToString() const;
     // Throws the composed text on as a host exception.
     [[noreturn]] void Throw() const;

@@ -107,7 +107,7 @@ void RebuildSelectionSets() {
     // the load that brings the nodes back.
     for (VandrelsHelper* helper : HelperRegistry())
         if (helper)
-            for (RefNode* record : helper->refNodes)
+            for (RefNode* record : helper->NodeRecords())
                 if (record && record->IsNodeLoaded() && record->GetNode() &&
                     (record->GetOverrideFlags() & kNodeSelectionSets))
                     record->ForgetSelectionSets();

@@ -50,9 +50,12 @@ INT_PTR CALLBACK ErrorReportProc(HWND dialog, UINT message, WPARAM wParam, LPARA
 }  // namespace
 
 void ReportError(const MSTR& message, int lastOperationId, const MAXException* cause) {
-    const MSTR text = RecordFailure{message, std::nullopt, RecordFailure::StepOf(lastOperationId),
-                                    RecordFailure::CauseOf(cause), RecordFailure::StepLabel::Spaced}
-                          .ToString();
+    ReportError(RecordFailure{message, std::nullopt, RecordFailure::StepOf(lastOperationId),
+                              RecordFailure::CauseOf(cause), RecordFailure::StepLabel::Spaced});
+}
+
+void ReportError(const RecordFailure& failure) {
+    const MSTR text = failure.ToString();
     LastReport() = text;
 
     Interface* ip = GetCOREInterface();

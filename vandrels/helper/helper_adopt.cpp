@@ -1,6 +1,5 @@
 // The helper's node adoption: a node that records of this reference depend on (a bone a referenced rig uses,
 // an item a referenced modifier holds) becomes one of the reference's nodes.
-#include "helper/record_slots.h"
 #include "helper/vandrels_helper.h"
 
 #include "inode.h"
@@ -16,7 +15,7 @@ namespace {
 
 RefNode* VandrelsHelper::AdoptNode(INode* node, const MCHAR* name) {
     if (!node || FindNodeRecord(node)) return nullptr;
-    RefNode* record = vandrels::AppendNodeRecord(this, node);
+    RefNode* record = AppendNodeRecord(node);
     MSTR taken;
     if (name && *name) {
         record->SetOverrideFlags(kNodeOverriddenName, kNodeOverriddenName);

@@ -17,10 +17,10 @@ AssetUser AssetOf(IParamBlock2* pblock, ParamID id) {
 class VandrelsHelperAssetAccessor : public MaxSDK::AssetManagement::IAssetAccessor {
 public:
     VandrelsHelperAssetAccessor(VandrelsHelper* helper, ParamID id) : helper_(helper), id_(id) {}
-    AssetUser GetAsset() const override { return AssetOf(helper_->pblock, id_); }
+    AssetUser GetAsset() const override { return AssetOf(helper_->ParamBlock(), id_); }
     bool SetAsset(const AssetUser& asset) override {
-        if (!helper_->pblock) return false;
-        helper_->pblock->SetValue(id_, 0, asset.GetFileName());
+        if (!helper_->ParamBlock()) return false;
+        helper_->ParamBlock()->SetValue(id_, 0, asset.GetFileName());
         return true;
     }
     AssetType GetAssetType() const override { return VH_FILE_ASSET_TYPE; }
@@ -38,7 +38,7 @@ void VandrelsHelper::EnumAuxFiles(AssetEnumCallback& assetEnum, DWORD flags) {
         SetAFlag(A_WORK1);
     }
     for (ParamID id : {ParamID(vh_file_name), ParamID(vh_proxy_file_name)}) {
-        const AssetUser asset = AssetOf(pblock, id);
+        const AssetUser asset = AssetOf(data_.pblock, id);
         if (asset.IsEmpty()) continue;
         if (flags & FILE_ENUM_ACCESSOR_INTERFACE) {
             VandrelsHelperAssetAccessor accessor(this, id);

@@ -1,6 +1,5 @@
 #include "helper/helper_bulk_operations.h"
 
-#include "helper/collect_pass.h"
 #include "frame/module_state.h"
 #include "helper/vandrels_helper.h"
 #include "imtl.h"
@@ -51,48 +50,24 @@ INode* CloneOf(RefNode* original, const std::unordered_map<INode*, INode*>& clon
 void BindCopiedRecords(const HelperCopy& pair, const std::unordered_map<INode*, INode*>& clones) {
     VandrelsHelper* source = pair.source;
     VandrelsHelper* copy = pair.copy;
-    const int count = std::min(source->refNodes.Count(), copy->refNodes.Count());
+    const int count = std::min(source->NodeRecords().Count(), copy->NodeRecords().Count());
     for (int k = 0; k < count; ++k) {
-        RefNode* record = copy->refNodes[k];
-        INode* clone = record ? CloneOf(source->refNodes[k], clones) : nullptr;
+        RefNode* record = copy->NodeRecords()[k];
+        INode* clone = record ? CloneOf(source->NodeRecords()[k], clones) : nullptr;
         if (!clone) continue;
         record->ReplaceReference(0, clone);
         record->BuildSubAnimTree();
     }
-    for (RefNode* record : copy->refNodes)
+    for (RefNode* record : copy->NodeRecords())
         if (record) record->FinishLoad();
     for (int k = 0; k < count; ++k)
-        if (!copy->refNodes[k])
-            if (INode* clone = CloneOf(source->refNodes[k], clones))
+        if (!copy->NodeRecords()[k])
+            if (INode* clone = CloneOf(source->NodeRecords()[k], clones))
                 copy->ReplaceReference(copy->Slots().NodeRecord(k), new RefNode(clone, copy));
-    copy->loaded = source->loaded;
+    copy->SetLoaded(source->IsLoaded());
 }
 
 }  // namespace
-
-int ResetByMask(VandrelsHelper* helper, DWORD mask) {
-    if (!helper) return 1;
-    RefBase::BeginResetPass();
-    for (int k = 0; k < helper->refNodes.Count(); ++k)
-        if (RefNode* record = helper->refNodes[k]) record->ResetOverrides(mask);
-    if (mask & kResetMaterialBit)
-        for (int k = 0; k < helper->refMaterials.Count(); ++k)
-            if (RefMaterial* record = helper->refMaterials[k]) record->ResetOverrides(mask);
-    if (mask & kResetLayersBit) {
-        for (RenamedLayer* renamed : helper->renamedLayers) delete renamed;
-        helper->renamedLayers.ZeroCount();
-        for (int k = helper->refLayers.Count() - 1; k >= 0; --k) {
-            helper->DeleteReference(helper->Slots().Layer(k));
-            delete helper->refLayers[k];
-        }
-        helper->refLayers.ZeroCount();
-    }
-    if (mask & kResetDeletedNodesBit) {
-        for (WStr* name : helper->nodesToDelete) delete name;
-        helper->nodesToDelete.ZeroCount();
-    }
-    return 1;
-}
 
 void DuplicateHelpers(const std::vector<VandrelsHelper*>& helpers) {
     OperationModeScope mode(kModeDuplicating);
@@ -101,15 +76,15 @@ void DuplicateHelpers(const std::vector<VandrelsHelper*>& helpers) {
         if (helper && helper->GetNode() && std::find(chosen.begin(), chosen.end(), helper) == chosen.end())
             chosen.push_back(helper);
     if (chosen.empty()) return;
-    for (VandrelsHelper* helper : chosen) RunCollectPass(helper);
+    for (VandrelsHelper* helper : chosen) helper->RunCollectPass();
 
     // The helpers' nodes with the content of their records, each once.
     std::vector<INode*> nodes;
     for (VandrelsHelper* helper : chosen) {
         nodes.push_back(helper->GetNode());
-        for (RefNode* record : helper->refNodes)
+        for (RefNode* record : helper->NodeRecords())
             if (record && record->WasNodeLoadedAtCollect() && record->GetNode()) nodes.push_back(record->GetNode());
-        for (RefMaterial* record : helper->refMaterials)
+        for (RefMaterial* record : helper->MaterialRecords())
             if (record && record->GetMaterial()) AddNodesUsing(record->GetMaterial(), nodes);
     }
     INodeTab table;
@@ -132,8 +107,32 @@ void DuplicateHelpers(const std::vector<VandrelsHelper*>& helpers) {
     for (const HelperCopy& pair : copies) BindCopiedRecords(pair, clones);
     // The collect pass marked the originals' nodes as gone; they are still there.
     for (VandrelsHelper* helper : chosen)
-        for (RefNode* record : helper->refNodes)
+        for (RefNode* record : helper->NodeRecords())
             if (record) record->FinishLoad();
 }
 
 }  // namespace vandrels
+
+int VandrelsHelper::ResetByMask(DWORD mask) {
+    using namespace vandrels;
+    RefBase::BeginResetPass();
+    for (int k = 0; k < data_.refNodes.Count(); ++k)
+        if (RefNode* record = data_.refNodes[k]) record->ResetOverrides(mask);
+    if (mask & kResetMaterialBit)
+        for (int k = 0; k < data_.refMaterials.Count(); ++k)
+            if (RefMaterial* record = data_.refMaterials[k]) record->ResetOverrides(mask);
+    if (mask & kResetLayersBit) {
+        for (RenamedLayer* renamed : data_.renamedLayers) delete renamed;
+        data_.renamedLayers.ZeroCount();
+        for (int k = data_.refLayers.Count() - 1; k >= 0; --k) {
+            DeleteReference(Slots().Layer(k));
+            delete data_.refLayers[k];
+        }
+        data_.refLayers.ZeroCount();
+    }
+    if (mask & kResetDeletedNodesBit) {
+        for (WStr* name : data_.nodesToDelete) delete name;
+        data_.nodesToDelete.ZeroCount();
+    }
+    return 1;
+}

@@ -26,13 +26,13 @@ public:
             helper_->NotifyDependents(FOREVER, reinterpret_cast<PartID>(&handle), REFMSG_GET_NODE_HANDLE);
             if (INode* node = handle ? GetCOREInterface()->GetINodeByHandle(handle) : nullptr) {
                 node->SetWireColor(HelperWireColor());
-                helper_->creating = 1;
+                helper_->SetCreating(true);
                 mat.SetTrans(vpt->SnapPoint(m, m, nullptr, SNAP_IN_3D));
             }
         } else if (point == 1) {
             mat.SetTrans(vpt->SnapPoint(m, m, nullptr, SNAP_IN_3D));
             if (msg == MOUSE_POINT) {
-                helper_->creating = 0;
+                helper_->SetCreating(false);
                 return CREATE_STOP;
             }
         }

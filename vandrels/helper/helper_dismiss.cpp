@@ -62,13 +62,13 @@ int VandrelsHelper::Dismiss() {
         auto gather = [&](INode* node) {
             if (node && seen.insert(node).second) doomed.push_back(node);
         };
-        for (int k = refNodes.Count() - 1; k >= 0; --k) {
-            if (refNodes[k]) gather(refNodes[k]->GetNode());
+        for (int k = data_.refNodes.Count() - 1; k >= 0; --k) {
+            if (data_.refNodes[k]) gather(data_.refNodes[k]->GetNode());
             DeleteReference(Slots().NodeRecord(k));
         }
-        refNodes.ZeroCount();
-        for (int k = refMaterials.Count() - 1; k >= 0; --k) {
-            if (RefMaterial* record = refMaterials[k])
+        data_.refNodes.ZeroCount();
+        for (int k = data_.refMaterials.Count() - 1; k >= 0; --k) {
+            if (RefMaterial* record = data_.refMaterials[k])
                 if (Mtl* mtl = record->GetMaterial()) {
                     NodesUsing users(mtl);
                     mtl->DoEnumDependents(&users);
@@ -76,25 +76,25 @@ int VandrelsHelper::Dismiss() {
                 }
             DeleteReference(Slots().MaterialRecord(k));
         }
-        refMaterials.ZeroCount();
+        data_.refMaterials.ZeroCount();
         if (!doomed.empty()) {
             INodeTab table;
             for (INode* node : doomed) table.Append(node);
             GetCOREInterface()->DeleteNodes(table, true, true);
         }
 
-        for (WStr* name : nodesToDelete) delete name;
-        nodesToDelete.ZeroCount();
+        for (WStr* name : data_.nodesToDelete) delete name;
+        data_.nodesToDelete.ZeroCount();
         if (ILayerManager* lm = GetCOREInterface()->GetLayerManager())
-            for (int k = refLayers.Count() - 1; k >= 0; --k)
-                if (refLayers[k] && refLayers[k]->layer) DeleteLayerTree(lm, refLayers[k]->layer);
-        for (int k = refLayers.Count() - 1; k >= 0; --k) {
+            for (int k = data_.refLayers.Count() - 1; k >= 0; --k)
+                if (data_.refLayers[k] && data_.refLayers[k]->layer) DeleteLayerTree(lm, data_.refLayers[k]->layer);
+        for (int k = data_.refLayers.Count() - 1; k >= 0; --k) {
             DeleteReference(Slots().Layer(k));
-            delete refLayers[k];
+            delete data_.refLayers[k];
         }
-        refLayers.ZeroCount();
-        for (RenamedLayer* renamed : renamedLayers) delete renamed;
-        renamedLayers.ZeroCount();
+        data_.refLayers.ZeroCount();
+        for (RenamedLayer* renamed : data_.renamedLayers) delete renamed;
+        data_.renamedLayers.ZeroCount();
 
         theHold.FlushUndoBuffer();
         batch.Close();

@@ -18,8 +18,8 @@ MSTR DescribeHelper(VandrelsHelper* helper) {
         if (node && node->GetName()) text += node->GetName();
         wchar_t counts[200];
         std::swprintf(counts, 200, L"\nRefNodes: %d, RefMaterials: %d, RefLayers: %d\nNodesToDelete: %d, RenamedLayers: %d",
-                      helper->refNodes.Count(), helper->refMaterials.Count(), helper->refLayers.Count(),
-                      helper->nodesToDelete.Count(), helper->renamedLayers.Count());
+                      helper->NodeRecords().Count(), helper->MaterialRecords().Count(), helper->LayerRecords().Count(),
+                      helper->DeletedNodeNames().Count(), helper->RenamedLayers().Count());
         return text + counts;
     } catch (...) {
         return MSTR(L"Unknown Reference Data");

@@ -56,37 +56,37 @@ FPStatus VandrelsHelperInterface::_dispatch_fn(FunctionID fid, TimeValue, FPValu
 }
 
 void VandrelsHelper::PrintData(int mode) {
-    mprintf(L"\nNum RefNodes: %d\nNum RefMaterials:%d\nNum RefLayers:%d\nNum NodesToDelete:%d\n\n", refNodes.Count(),
-            refMaterials.Count(), refLayers.Count(), nodesToDelete.Count());
+    mprintf(L"\nNum RefNodes: %d\nNum RefMaterials:%d\nNum RefLayers:%d\nNum NodesToDelete:%d\n\n",
+            data_.refNodes.Count(), data_.refMaterials.Count(), data_.refLayers.Count(), data_.nodesToDelete.Count());
     mflush();
     mputs(L"\nNodesToDelete:\n");
-    for (WStr* name : nodesToDelete) mprintf(L"%s,\n", name ? name->data() : L"");
-    if (nodesToDelete.Count() == 0) mputs(L"None\n");
+    for (WStr* name : data_.nodesToDelete) mprintf(L"%s,\n", name ? name->data() : L"");
+    if (data_.nodesToDelete.Count() == 0) mputs(L"None\n");
     mflush();
     mputs(L"\nRenamedLayers:\n");
-    for (RenamedLayer* renamed : renamedLayers) {
+    for (RenamedLayer* renamed : data_.renamedLayers) {
         if (!renamed) continue;
         mprintf(L"%s -> %s%s\n", renamed->name.data(), renamed->newName.data(), renamed->noPrefix ? L" (Full)" : L"");
     }
-    if (renamedLayers.Count() == 0) mputs(L"None\n");
+    if (data_.renamedLayers.Count() == 0) mputs(L"None\n");
     mflush();
     mputs(L"\n");
     mflush();
-    for (RefNode* record : refNodes) {
+    for (RefNode* record : data_.refNodes) {
         if (record)
             record->PrintData(mode);
         else
             mputs(L"\nRefNode: NULL\n\n");
     }
     mflush();
-    for (RefMaterial* record : refMaterials) {
+    for (RefMaterial* record : data_.refMaterials) {
         if (record)
             record->PrintData(mode);
         else
             mputs(L"\nRefMaterial: NULL\n\n");
     }
     mflush();
-    for (RefLayer* entry : refLayers) {
+    for (RefLayer* entry : data_.refLayers) {
         ILayer* layer = entry ? entry->layer : nullptr;
         mprintf(L"\nRefLayer: %s\n\n", layer ? layer->GetName().data() : L"NULL");
     }

@@ -64,13 +64,13 @@ IOResult readRenamedLayer(ILoad* iload, RenamedLayer& renamed) {
 
 IOResult VandrelsHelper::Save(ISave* isave) {
     writeChunk(isave, kVersionChunk, &kFormatVersion, sizeof(kFormatVersion));
-    writeChunk(isave, kFileTimeChunk, &fileTime, sizeof(fileTime));
-    writeInt(isave, kNumRefNodesChunk, refNodes.Count());
-    writeInt(isave, kNumRefMaterialsChunk, refMaterials.Count());
-    writeInt(isave, kNumNodesToDeleteChunk, nodesToDelete.Count());
-    for (WStr* name : nodesToDelete) writeString(isave, kNodeToDeleteChunk, name ? *name : WStr());
-    writeInt(isave, kNumRenamedLayersChunk, renamedLayers.Count());
-    for (RenamedLayer* renamed : renamedLayers) {
+    writeChunk(isave, kFileTimeChunk, &data_.fileTime, sizeof(data_.fileTime));
+    writeInt(isave, kNumRefNodesChunk, data_.refNodes.Count());
+    writeInt(isave, kNumRefMaterialsChunk, data_.refMaterials.Count());
+    writeInt(isave, kNumNodesToDeleteChunk, data_.nodesToDelete.Count());
+    for (WStr* name : data_.nodesToDelete) writeString(isave, kNodeToDeleteChunk, name ? *name : WStr());
+    writeInt(isave, kNumRenamedLayersChunk, data_.renamedLayers.Count());
+    for (RenamedLayer* renamed : data_.renamedLayers) {
         const RenamedLayer entry = renamed ? *renamed : RenamedLayer();
         isave->BeginChunk(kRenamedLayerChunk);
         writeString(isave, kRenamedNameChunk, entry.name);
@@ -78,8 +78,8 @@ IOResult VandrelsHelper::Save(ISave* isave) {
         writeInt(isave, kRenamedNoPrefixChunk, entry.noPrefix);
         isave->EndChunk();
     }
-    writeInt(isave, kNumRefLayersChunk, refLayers.Count());
-    for (RefLayer* entry : refLayers)
+    writeInt(isave, kNumRefLayersChunk, data_.refLayers.Count());
+    for (RefLayer* entry : data_.refLayers)
         if (entry && entry->layer) writeString(isave, kRefLayerChunk, entry->name);
     return IO_OK;
 }
@@ -93,43 +93,43 @@ IOResult VandrelsHelper::Load(ILoad* iload) {
         int count = 0;
         switch (iload->CurChunkID()) {
         case kNumRefNodesChunk:
-            if ((res = chunkio::ReadCount(iload, count)) == IO_OK) chunkio::SizeWithNulls(refNodes, count);
+            if ((res = chunkio::ReadCount(iload, count)) == IO_OK) chunkio::SizeWithNulls(data_.refNodes, count);
             break;
         case kNumRefMaterialsChunk:
-            if ((res = chunkio::ReadCount(iload, count)) == IO_OK) chunkio::SizeWithNulls(refMaterials, count);
+            if ((res = chunkio::ReadCount(iload, count)) == IO_OK) chunkio::SizeWithNulls(data_.refMaterials, count);
             break;
         case kNumNodesToDeleteChunk:
-            if ((res = chunkio::ReadCount(iload, count)) == IO_OK) nodesToDelete.Resize(count);
+            if ((res = chunkio::ReadCount(iload, count)) == IO_OK) data_.nodesToDelete.Resize(count);
             break;
         case kNodeToDeleteChunk: {
             WStr name;
-            if ((res = iload->ReadWStringChunk(name)) == IO_OK) nodesToDelete.Append(new WStr(name));
+            if ((res = iload->ReadWStringChunk(name)) == IO_OK) data_.nodesToDelete.Append(new WStr(name));
             break;
         }
         case kNumRenamedLayersChunk:
-            if ((res = chunkio::ReadCount(iload, count)) == IO_OK) renamedLayers.Resize(count);
+            if ((res = chunkio::ReadCount(iload, count)) == IO_OK) data_.renamedLayers.Resize(count);
             break;
         case kRenamedLayerChunk: {
             auto* renamed = new RenamedLayer;
             if ((res = readRenamedLayer(iload, *renamed)) == IO_OK)
-                renamedLayers.Append(renamed);
+                data_.renamedLayers.Append(renamed);
             else
                 delete renamed;
             break;
         }
         case kNumRefLayersChunk:
-            if ((res = chunkio::ReadCount(iload, count)) == IO_OK) refLayers.Resize(count);
+            if ((res = chunkio::ReadCount(iload, count)) == IO_OK) data_.refLayers.Resize(count);
             break;
         case kRefLayerChunk: {
             auto* entry = new RefLayer;
             if ((res = iload->ReadWStringChunk(entry->name)) == IO_OK)
-                refLayers.Append(entry);
+                data_.refLayers.Append(entry);
             else
                 delete entry;
             break;
         }
         case kFileTimeChunk:
-            res = readExact(iload, &fileTime, sizeof(fileTime));
+            res = readExact(iload, &data_.fileTime, sizeof(data_.fileTime));
             break;
         default:
             break;
@@ -137,9 +137,9 @@ IOResult VandrelsHelper::Load(ILoad* iload) {
         iload->CloseChunk();
     }
     if (res == IO_END) return IO_OK;
-    for (WStr* name : nodesToDelete) delete name;
-    nodesToDelete.ZeroCount();
-    for (RenamedLayer* renamed : renamedLayers) delete renamed;
-    renamedLayers.ZeroCount();
+    for (WStr* name : data_.nodesToDelete) delete name;
+    data_.nodesToDelete.ZeroCount();
+    for (RenamedLayer* renamed : data_.renamedLayers) delete renamed;
+    data_.renamedLayers.ZeroCount();
     return IO_ERROR;
 }

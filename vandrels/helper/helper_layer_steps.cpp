@@ -7,16 +7,12 @@
 #include "maxexception.h"
 #include "resources/resource.h"
 
-namespace vandrels {
-
-namespace {
-
 // The helper's layer references follow its node and material records.
-class HelperLayerOwner : public LayerRecordOwner {
+class VandrelsHelper::LayerSteps : public vandrels::LayerRecordOwner {
 public:
-    explicit HelperLayerOwner(VandrelsHelper* helper) : helper_(helper) {}
-    Tab<RefLayer*>& RefLayers() override { return helper_->refLayers; }
-    Tab<RenamedLayer*>& RenamedLayers() override { return helper_->renamedLayers; }
+    explicit LayerSteps(VandrelsHelper* helper) : helper_(helper) {}
+    Tab<RefLayer*>& RefLayers() override { return helper_->data_.refLayers; }
+    Tab<RenamedLayer*>& RenamedLayers() override { return helper_->data_.renamedLayers; }
     void SetLayerReference(int k, ILayer* layer) override {
         const int ref = helper_->Slots().Layer(k);
         if (layer)
@@ -29,6 +25,10 @@ private:
     VandrelsHelper* helper_;
 };
 
+namespace vandrels {
+
+namespace {
+
 const MCHAR* StepWord(int step) { return step ? GetString(step) : nullptr; }
 
 }  // namespace
@@ -37,7 +37,7 @@ void MonitorLayers(VandrelsHelper* helper, Tab<MergedLayer*>& mergedLayers) {
     if (!helper) return;
     LayerStepProgress progress;
     try {
-        HelperLayerOwner owner(helper);
+        VandrelsHelper::LayerSteps owner(helper);
         progress.step = IDS_STEP_LAYERS_CLEANED;
         MonitorMergedLayers(owner, helper->GetNamePrefix(), mergedLayers, progress);
     } catch (const MAXException& e) {
@@ -52,19 +52,19 @@ void MonitorLayers(VandrelsHelper* helper, Tab<MergedLayer*>& mergedLayers) {
 
 void RecordLayerRenamings(VandrelsHelper* helper, const WStr& prefix) {
     if (!helper) return;
-    HelperLayerOwner owner(helper);
+    VandrelsHelper::LayerSteps owner(helper);
     RecordLayerRenamings(owner, prefix);
 }
 
 void ChangeLayerPrefix(VandrelsHelper* helper, const WStr& oldPrefix, const WStr& newPrefix) {
     if (!helper) return;
-    HelperLayerOwner owner(helper);
+    VandrelsHelper::LayerSteps owner(helper);
     ChangeLayerPrefix(owner, oldPrefix, newPrefix);
 }
 
 bool RenameReferenceLayer(VandrelsHelper* helper, int refLayerIndex, const WStr& newName) {
     if (!helper) return false;
-    HelperLayerOwner owner(helper);
+    VandrelsHelper::LayerSteps owner(helper);
     return RenameReferenceLayer(owner, refLayerIndex, newName);
 }
 

@@ -10,7 +10,6 @@
 #include "helper/merge_reference_file.h"
 #include "frame/module_state.h"
 #include "helper/name_increment.h"
-#include "helper/record_slots.h"
 #include "helper/reference_batch.h"
 #include "helper/vandrels_helper.h"
 
@@ -58,10 +57,9 @@ template <class Record> void DropBareRecords(VandrelsHelper* helper, Tab<Record*
 
 // Matches merged materials to the helper's material records by their names in the reference file.
 void MonitorMaterials(VandrelsHelper* helper, LoadWork& work, Tab<Mtl*>& newMaterials) {
-    helper->pendingRecords.ZeroCount();
     std::unordered_map<std::wstring, RefMaterial*> byName;
-    for (int k = helper->refMaterials.Count() - 1; k >= 0; --k)
-        if (RefMaterial* record = helper->refMaterials[k]) byName[Key(record->GetReferenceName().data())] = record;
+    for (int k = helper->MaterialRecords().Count() - 1; k >= 0; --k)
+        if (RefMaterial* record = helper->MaterialRecords()[k]) byName[Key(record->GetReferenceName().data())] = record;
     for (INode* node : work.mergedNodes.Nodes()) {
         Mtl* mtl = node ? node->GetMtl() : nullptr;
         if (!mtl || FindRecord(mtl)) continue;
@@ -70,14 +68,14 @@ void MonitorMaterials(VandrelsHelper* helper, LoadWork& work, Tab<Mtl*>& newMate
         if (it != byName.end())
             it->second->Update(mtl);
         else
-            AppendMaterialRecord(helper, mtl);
+            helper->AppendMaterialRecord(mtl);
     }
 }
 
 // Moves the merged nodes whose names the user deleted locally to the deletion list (last to first).
 void CollectNodesToDelete(VandrelsHelper* helper, LoadWork& work) {
     std::unordered_set<std::wstring> names;
-    for (WStr* name : helper->nodesToDelete)
+    for (WStr* name : helper->DeletedNodeNames())
         if (name) names.insert(Key(name->data()));
     if (names.empty()) return;
     const Tab<INode*>& nodes = work.mergedNodes.Nodes();
@@ -102,9 +100,9 @@ bool MonitorNodes(VandrelsHelper* helper, LoadWork& work) {
         int madeHere = 0;               // records of this name made in this step
     };
     std::unordered_map<std::wstring, Candidates> byName;
-    const int existing = helper->refNodes.Count();
+    const int existing = helper->NodeRecords().Count();
     for (int k = 0; k < existing; ++k)
-        if (RefNode* record = helper->refNodes[k]) byName[Key(record->GetName().data())].records.push_back(record);
+        if (RefNode* record = helper->NodeRecords()[k]) byName[Key(record->GetName().data())].records.push_back(record);
 
     bool duplicates = false;
     // Nodes added while records bind (appended to the list) are bound too.
@@ -123,7 +121,7 @@ bool MonitorNodes(VandrelsHelper* helper, LoadWork& work) {
             c.boundSeen = true;
             taken->Update(node);
         } else {
-            AppendNodeRecord(helper, node);
+            helper->AppendNodeRecord(node);
             ++c.madeHere;
         }
     }
@@ -170,7 +168,7 @@ void FailLoad(VandrelsHelper* helper, LoadWork& work, int step, const MAXExcepti
     std::swprintf(count, 64, L"\nMerged Nodes: %d", work.mergedNodes.Count() + work.toDelete.Count());
     ReportHelperError(helper, MSTR(L"Error Loading Reference") + count, step ? GetStringCopy(step).data() : nullptr,
                       cause);
-    helper->loaded = 0;
+    helper->SetLoaded(false);
     helper->Unload();
     batch.Close();
     try {
@@ -192,9 +190,9 @@ void FailLoad(VandrelsHelper* helper, LoadWork& work, int step, const MAXExcepti
 
 int VandrelsHelper::Load() {
     using namespace vandrels;
-    if (loaded || !pblock) return 0;
+    if (data_.loaded || !data_.pblock) return 0;
     BroadcastNotification(kNotifyLoadStarts, this);
-    if (!pblock->GetInt(vh_active)) {
+    if (!data_.pblock->GetInt(vh_active)) {
         BroadcastNotification(kNotifyLoadEnds, this);
         return 0;
     }
@@ -205,7 +203,7 @@ int VandrelsHelper::Load() {
     {
         OperationModeScope mode(kModeLoading);
         BatchScope batch;
-        holdsNested = 0;
+        data_.holdsNested = 0;
         LoadWork work;
         int step = 0;  // the string id of the step word in force
         const bool timing = GetPrintTimes();
@@ -215,8 +213,8 @@ int VandrelsHelper::Load() {
         // What the merge step collected before it failed, if it did.
         Tab<INode*> mergedByStep;
         try {
-            DropBareRecords(this, refNodes, HelperSlot::NodeRecord);
-            DropBareRecords(this, refMaterials, HelperSlot::MaterialRecord);
+            DropBareRecords(this, data_.refNodes, HelperSlot::NodeRecord);
+            DropBareRecords(this, data_.refMaterials, HelperSlot::MaterialRecord);
             step = IDS_STEP_LOAD_CLEANED;
 
             work.RememberPreLayers();
@@ -226,14 +224,14 @@ int VandrelsHelper::Load() {
             for (INode* node : mergedByStep) work.mergedNodes.Append(node);
             mergedByStep.ZeroCount();
             if (!merged) {
-                fileTime = 0;
+                data_.fileTime = 0;
             } else {
                 step = IDS_STEP_LOAD_MERGED;
                 if (timing) {
                     mergeTime = mergeTimer.EndTimer();
                     initTimer.StartTimer();
                 }
-                fileTime = ReadLastWriteTime(path);
+                data_.fileTime = ReadLastWriteTime(path);
 
                 // Nested references become plain content of this one.
                 const Tab<INode*>& nodes = work.mergedNodes.Nodes();
@@ -241,7 +239,7 @@ int VandrelsHelper::Load() {
                     INode* node = nodes[i];
                     VandrelsHelper* nested = node ? FromObject(node->GetObjectRef()) : nullptr;
                     if (!nested) continue;
-                    if (!holdsNested && nested->NeedsRenderSwitching()) holdsNested = 1;
+                    if (!data_.holdsNested && nested->NeedsRenderSwitching()) data_.holdsNested = 1;
                     work.mergedNodes.Remove(node);
                     nested->Merge();
                 }
@@ -255,6 +253,7 @@ int VandrelsHelper::Load() {
                 step = IDS_STEP_LOAD_LAYERS_PARENT_COLLECTED;
 
                 Tab<Mtl*> newMaterials;
+                data_.pendingRecords.ZeroCount();
                 MonitorMaterials(this, work, newMaterials);
                 step = IDS_STEP_LOAD_MATERIALS_MONITORED;
 
@@ -265,11 +264,11 @@ int VandrelsHelper::Load() {
                 work.mergedNodes.Compact();
                 step = IDS_STEP_LOAD_NODES_MONITORED;
 
-                if (pblock->GetInt(vh_use_name_prefix)) {
+                if (data_.pblock->GetInt(vh_use_name_prefix)) {
                     const WStr prefix = GetNamePrefix();
-                    for (RefNode* record : refNodes)
+                    for (RefNode* record : data_.refNodes)
                         if (record && record->GetNode()) record->ApplyNamePrefix(prefix);
-                    for (RefMaterial* record : refMaterials)
+                    for (RefMaterial* record : data_.refMaterials)
                         if (record && record->GetMaterial()) record->ApplyNamePrefix(prefix);
                 }
                 AddMaterialsToScene(newMaterials);
@@ -284,9 +283,9 @@ int VandrelsHelper::Load() {
                 work.CompactLayers();
                 MonitorLayers(this, work.mergedLayers);
                 work.FreeLayers();
-                for (RefAnim* record : pendingRecords)
+                for (RefAnim* record : data_.pendingRecords)
                     if (record) record->Refresh();
-                pendingRecords.ZeroCount();
+                data_.pendingRecords.ZeroCount();
                 if (timing) initTime = initTimer.EndTimer();
                 step = IDS_STEP_LOAD_PRE_LOADED;
             }
@@ -302,7 +301,7 @@ int VandrelsHelper::Load() {
         theHold.FlushUndoBuffer();
         batch.Close();
         if (merged) {
-            loaded = 1;
+            data_.loaded = 1;
             if (timing) {
                 mprintf(L"\nVD Merge Time: %f\nVD Initialization Time: %f\n", mergeTime, initTime);
                 mflush();

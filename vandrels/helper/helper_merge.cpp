@@ -8,15 +8,15 @@
 
 int VandrelsHelper::Merge() {
     vandrels::OperationModeScope mode(vandrels::kModeMerging);
-    for (int k = refNodes.Count() - 1; k >= 0; --k) DeleteReference(Slots().NodeRecord(k));
-    refNodes.ZeroCount();
-    for (int k = refMaterials.Count() - 1; k >= 0; --k) DeleteReference(Slots().MaterialRecord(k));
-    refMaterials.ZeroCount();
-    for (int k = refLayers.Count() - 1; k >= 0; --k) {
+    for (int k = data_.refNodes.Count() - 1; k >= 0; --k) DeleteReference(Slots().NodeRecord(k));
+    data_.refNodes.ZeroCount();
+    for (int k = data_.refMaterials.Count() - 1; k >= 0; --k) DeleteReference(Slots().MaterialRecord(k));
+    data_.refMaterials.ZeroCount();
+    for (int k = data_.refLayers.Count() - 1; k >= 0; --k) {
         DeleteReference(Slots().Layer(k));
-        delete refLayers[k];
+        delete data_.refLayers[k];
     }
-    refLayers.ZeroCount();
+    data_.refLayers.ZeroCount();
     // The helper may go with its node: nothing of it is used after this.
     if (INode* node = GetNode()) GetCOREInterface()->DeleteNode(node, FALSE);
     theHold.FlushUndoBuffer();

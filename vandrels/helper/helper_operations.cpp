@@ -30,8 +30,8 @@ int VandrelsHelper::Reset() {
 }
 
 int VandrelsHelper::Overwrite() {
-    if (!pblock) return 0;
-    return SaveAs(vandrels::ReferenceFilePath(this, pblock->GetInt(vh_use_proxy_in_viewport) != 0).data());
+    if (!data_.pblock) return 0;
+    return SaveAs(vandrels::ReferenceFilePath(this, data_.pblock->GetInt(vh_use_proxy_in_viewport) != 0).data());
 }
 
 void VandrelsHelper::ShowDupNames() { vandrels::ShowHelperDuplicatedNames(this); }

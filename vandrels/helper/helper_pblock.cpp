@@ -48,8 +48,8 @@ public:
     void Set(PB2Value& v, ReferenceMaker* owner, ParamID id, int, TimeValue t) override {
         if (!owner || owner->ClassID() != VANDRELS_HELPER_CLASS_ID || owner->SuperClassID() != HELPER_CLASS_ID) return;
         auto* helper = static_cast<VandrelsHelper*>(owner);
-        if (!helper->pblock || helper->accessorEnabled != 1) return;
-        IParamBlock2* pb = helper->pblock;
+        if (!helper->ParamBlock() || !helper->ReactsToOwnParameters()) return;
+        IParamBlock2* pb = helper->ParamBlock();
         switch (id) {
         case vh_active:
             if (pb->GetInt(vh_active)) {
@@ -76,17 +76,7 @@ public:
         case vh_use_name_prefix: {
             vandrels::OperationModeScope mode(vandrels::kModeRenaming);
             HoldSuspended hold;
-            // useNamePrefix still tells whether the layers carry the prefix now.
-            INode* node = helper->GetNode();
-            const WStr oldPrefix = helper->useNamePrefix && node ? WStr(node->GetName()) : WStr();
-            helper->useNamePrefix = v.i;
-            const WStr prefix = helper->GetNamePrefix();
-            // Every node and material record re-applies the prefix to its item's name; the layers follow.
-            for (RefNode* record : helper->refNodes)
-                if (record) record->ApplyNamePrefix(prefix);
-            for (RefMaterial* record : helper->refMaterials)
-                if (record) record->ApplyNamePrefix(prefix);
-            vandrels::ChangeLayerPrefix(helper, oldPrefix, prefix);
+            helper->SwitchNamePrefix(v.i);
             break;
         }
         case vh_reload_if_changed: {
@@ -147,4 +137,18 @@ ParamBlockDesc2* GetVandrelsHelperParamBlockDesc() {
         .Default(1).Range(0, 2).RadioButtons({kReloadAlwaysRadio, kReloadIfChangedRadio, kReloadManuallyRadio})
         .Accessor(accessor);
     return &desc;
+}
+
+void VandrelsHelper::SwitchNamePrefix(int on) {
+    // useNamePrefix still tells whether the layers carry the prefix now.
+    INode* node = GetNode();
+    const WStr oldPrefix = data_.useNamePrefix && node ? WStr(node->GetName()) : WStr();
+    data_.useNamePrefix = on;
+    const WStr prefix = GetNamePrefix();
+    // Every node and material record re-applies the prefix to its item's name; the layers follow.
+    for (RefNode* record : data_.refNodes)
+        if (record) record->ApplyNamePrefix(prefix);
+    for (RefMaterial* record : data_.refMaterials)
+        if (record) record->ApplyNamePrefix(prefix);
+    vandrels::ChangeLayerPrefix(this, oldPrefix, prefix);
 }

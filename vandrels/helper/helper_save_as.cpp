@@ -20,11 +20,11 @@ namespace {
 class PrefixOffScope {
 public:
     explicit PrefixOffScope(VandrelsHelper* helper) : helper_(helper) {
-        switched_ = helper_->pblock->GetInt(vh_use_name_prefix) != 0;
-        if (switched_) helper_->pblock->SetValue(vh_use_name_prefix, 0, FALSE);
+        switched_ = helper_->ParamBlock()->GetInt(vh_use_name_prefix) != 0;
+        if (switched_) helper_->ParamBlock()->SetValue(vh_use_name_prefix, 0, FALSE);
     }
     ~PrefixOffScope() {
-        if (switched_ && helper_->pblock) helper_->pblock->SetValue(vh_use_name_prefix, 0, TRUE);
+        if (switched_ && helper_->ParamBlock()) helper_->ParamBlock()->SetValue(vh_use_name_prefix, 0, TRUE);
     }
     PrefixOffScope(const PrefixOffScope&) = delete;
     PrefixOffScope& operator=(const PrefixOffScope&) = delete;
@@ -80,11 +80,11 @@ private:
 
 int VandrelsHelper::SaveAs(const MCHAR* fileName) {
     using namespace vandrels;
-    if (!pblock) return 0;
+    if (!data_.pblock) return 0;
     try {
         if (!fileName || !*fileName) throw MAXException(L"No file name was given.");
         // An unloaded reference has only stand-ins in the scene; writing them would wipe the file's content.
-        if (!loaded) throw MAXException(L"The reference is not loaded; load it before saving it.");
+        if (!data_.loaded) throw MAXException(L"The reference is not loaded; load it before saving it.");
         Tab<INode*> nodes = GetNodes();
         INodeTab table;
         for (INode* node : nodes) table.Append(node);

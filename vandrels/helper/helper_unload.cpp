@@ -5,7 +5,6 @@
 // merged node.
 #include "frame/module.h"
 #include "frame/placeholders.h"
-#include "helper/collect_pass.h"
 #include "helper/helper_error_report.h"
 #include "helper/hold_scopes.h"
 #include "helper/load_work.h"
@@ -49,7 +48,7 @@ Matrix3 TransformUnderParent(INode* node, TimeValue t) {
 class UnloadWork {
 public:
     explicit UnloadWork(VandrelsHelper* helper) {
-        for (RefNode* record : helper->refNodes)
+        for (RefNode* record : helper->NodeRecords())
             if (record && record->WasNodeLoadedAtCollect() && record->GetNode()) records_.push_back(record);
         RegisterNotification(onNodeDeleted, this, NOTIFY_SCENE_PRE_DELETED_NODE);
     }
@@ -149,14 +148,14 @@ int VandrelsHelper::Unload() {
             theHold.FlushUndoBuffer();
             step = IDS_STEP_UNLOAD_UNDO_CLEARED;
             OperationModeScope mode(kModeUnloading);
-            holdsNested = 0;
+            data_.holdsNested = 0;
             {
                 HoldResumedScope resumed;
                 NestedHoldScope hold(kUnloadHoldName);
                 step = IDS_STEP_UNLOAD_HOLD_CHECKED;
 
                 MaxSDK::PerformanceTools::Timer collectTimer;
-                RunCollectPass(this);
+                RunCollectPass();
                 collectTime = collectTimer.EndTimer();
                 step = IDS_STEP_UNLOAD_REMEMBERED;
 
@@ -181,7 +180,7 @@ int VandrelsHelper::Unload() {
         }
         batch.Close();
     }
-    loaded = 0;
+    data_.loaded = 0;
     if (result && timing) {
         mprintf(L"\nVD Collect Time: %f\nVD Delete Time: %f\nVD Total Unloading Time: %f", collectTime, deleteTime,
                 totalTimer.EndTimer());

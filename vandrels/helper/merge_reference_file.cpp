@@ -150,7 +150,7 @@ void RunMerge(VandrelsHelper* helper, const MSTR& path, Tab<INode*>& mergedNodes
 }  // namespace
 
 MSTR ReferenceFilePath(VandrelsHelper* helper, bool proxy) {
-    IParamBlock2* pb = helper ? helper->pblock : nullptr;
+    IParamBlock2* pb = helper ? helper->ParamBlock() : nullptr;
     if (!pb) return MSTR();
     const MCHAR* name = pb->GetStr(proxy ? vh_proxy_file_name : vh_file_name);
     MSTR full;
@@ -159,7 +159,7 @@ MSTR ReferenceFilePath(VandrelsHelper* helper, bool proxy) {
 }
 
 MSTR ChooseReferenceFile(VandrelsHelper* helper) {
-    IParamBlock2* pb = helper ? helper->pblock : nullptr;
+    IParamBlock2* pb = helper ? helper->ParamBlock() : nullptr;
     if (!pb) return MSTR();
     const bool viewport = !IsRendering() && !GetCOREInterface()->IsNetServer();
     return ReferenceFilePath(helper, pb->GetInt(viewport ? vh_use_proxy_in_viewport : vh_use_proxy_in_render) != 0);

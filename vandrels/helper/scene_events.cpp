@@ -62,7 +62,7 @@ void OnSelectionSetsChanged() {
         if (removed >= 0)
             for (VandrelsHelper* helper : HelperRegistry())
                 if (helper)
-                    for (RefNode* record : helper->refNodes)
+                    for (RefNode* record : helper->NodeRecords())
                         if (record) record->OnSelectionSetRemoved(removed);
     }
     RebuildSelectionSetCache();
@@ -172,11 +172,11 @@ void OnGroupChanged(const Tab<ULONG>& nodeKeys) {
 }
 
 void OnHelperRenamed(VandrelsHelper* helper, const MSTR& newName, const MSTR& oldName) {
-    if (!helper || !helper->pblock || !helper->pblock->GetInt(vh_use_name_prefix)) return;
+    if (!helper || !helper->ParamBlock() || !helper->ParamBlock()->GetInt(vh_use_name_prefix)) return;
     OperationModeScope mode(kModeRenaming);
-    for (RefNode* record : helper->refNodes)
+    for (RefNode* record : helper->NodeRecords())
         if (record) record->ApplyNamePrefix(newName);
-    for (RefMaterial* record : helper->refMaterials)
+    for (RefMaterial* record : helper->MaterialRecords())
         if (record) record->ApplyNamePrefix(newName);
     ChangeLayerPrefix(helper, oldName, newName);
 }

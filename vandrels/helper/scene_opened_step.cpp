@@ -15,16 +15,16 @@ namespace {
 
 // An overlay reference loads only in the scene that holds it directly.
 bool ShouldLoadHere(VandrelsHelper* helper) {
-    return !(helper->pblock->GetInt(vh_overlay) && helper->IsNested());
+    return !(helper->ParamBlock()->GetInt(vh_overlay) && helper->IsNested());
 }
 
 // The file whose time tells whether a persisted reference changed: the proxy when the viewport shows it.
 MSTR PersistedFile(VandrelsHelper* helper) {
-    return ReferenceFilePath(helper, helper->pblock->GetInt(vh_use_proxy_in_viewport) != 0);
+    return ReferenceFilePath(helper, helper->ParamBlock()->GetInt(vh_use_proxy_in_viewport) != 0);
 }
 
 void ProcessHelper(VandrelsHelper* helper) {
-    if (!helper->pblock) return;
+    if (!helper->ParamBlock()) return;
     if (!helper->GetPersistRef()) {
         if (ShouldLoadHere(helper)) helper->Load();
         return;
@@ -35,9 +35,9 @@ void ProcessHelper(VandrelsHelper* helper) {
         return;
     }
     bool reload = false;
-    switch (helper->pblock->GetInt(vh_persist_reload_type)) {
+    switch (helper->ParamBlock()->GetInt(vh_persist_reload_type)) {
     case 1:
-        reload = ReadLastWriteTime(PersistedFile(helper)) != helper->fileTime;
+        reload = ReadLastWriteTime(PersistedFile(helper)) != helper->FileTimeAtLoad();
         break;
     case 0: {
         const MSTR file = PersistedFile(helper);
@@ -53,9 +53,9 @@ void ProcessHelper(VandrelsHelper* helper) {
     }
     // The content saved with the scene is the reference's content in the scene: a later load must not merge it
     // a second time, and an unload takes it out.
-    for (RefNode* record : helper->refNodes)
+    for (RefNode* record : helper->NodeRecords())
         if (record && record->IsNodeLoaded() && record->GetNode()) {
-            helper->loaded = 1;
+            helper->SetLoaded(true);
             break;
         }
 }

@@ -3,7 +3,7 @@
 #include "assetmanagement.h"
 #include "frame/module.h"
 #include "frame/placeholders.h"
-#include "helper/collect_pass.h"
+#include "frame/record_failure.h"
 #include "frame/module_state.h"
 #include "helper/helper_registry.h"
 #include "helper/node_lightening.h"
@@ -30,6 +30,15 @@
 
 namespace vandrels {
 namespace {
+
+// A failure of the pre-save or post-save: the words, the host exception's text right after them and the step
+// word last, under the scene-wide report's label.
+RecordFailure SaveFailure(const MCHAR* words, int step, const MAXException* cause) {
+    RecordFailure failure{words, std::nullopt, RecordFailure::StepOf(step), RecordFailure::CauseOf(cause),
+                          RecordFailure::StepLabel::Spaced};
+    failure.causePlace = RecordFailure::CausePlace::BeforeStep;
+    return failure;
+}
 
 constexpr const MCHAR* kHolderNodeName = L"VDHN";
 constexpr const MCHAR* kWorkbenchTitle = L"Animation Workbench";
@@ -153,8 +162,8 @@ void DecideReferencedContent(SaveState& s) {
     INode* sceneRoot = GetCOREInterface()->GetRootNode();
     for (VandrelsHelper* helper : HelperRegistry()) {
         if (!helper || helper->GetPersistRef()) continue;
-        for (int k = 0; k < helper->refNodes.Count(); ++k) {
-            RefNode* record = helper->refNodes[k];
+        for (int k = 0; k < helper->NodeRecords().Count(); ++k) {
+            RefNode* record = helper->NodeRecords()[k];
             INode* node = record ? record->GetNode() : nullptr;
             INode* parent = node ? node->GetParentNode() : nullptr;
             if (!parent) continue;
@@ -334,7 +343,8 @@ void PreSave(NotifyInfo* info) {
         if (!s.saveMerged) {
             s.collectTimer.StartTimer();
             Tab<VandrelsHelper*> helpers = HelperRegistry();
-            for (VandrelsHelper* helper : helpers) RunCollectPass(helper);
+            for (VandrelsHelper* helper : helpers)
+                if (helper) helper->RunCollectPass();
             s.collectTime = s.collectTimer.EndTimer();
         }
         step = IDS_STEP_SAVE_REMEMBERED;
@@ -359,10 +369,10 @@ void PreSave(NotifyInfo* info) {
         }
         SetOperationMode(kModeSavingNodes);
     } catch (const MAXException& e) {
-        ReportError(MSTR(L"Error Saving Scene in PreSave\n\n") + e.message, step);
+        ReportError(SaveFailure(L"Error Saving Scene in PreSave", step, &e));
         SetOperationMode(kModeIdle);
     } catch (...) {
-        ReportError(MSTR(L"Unknown Error Saving Scene in PreSave"), step);
+        ReportError(SaveFailure(L"Unknown Error Saving Scene in PreSave", step, nullptr));
         SetOperationMode(kModeIdle);
     }
 }
@@ -402,8 +412,8 @@ void PostSave(NotifyInfo*) {
             if (!s.saveMerged) {
                 Tab<VandrelsHelper*> helpers = HelperRegistry();
                 for (VandrelsHelper* helper : helpers)
-                    for (int k = 0; helper && k < helper->refNodes.Count(); ++k)
-                        if (RefNode* record = helper->refNodes[k]) record->FinishLoad();
+                    for (int k = 0; helper && k < helper->NodeRecords().Count(); ++k)
+                        if (RefNode* record = helper->NodeRecords()[k]) record->FinishLoad();
             }
             step = IDS_STEP_RESTORE_RESTORE;
             RemoveParkingPlace(s);
@@ -413,9 +423,9 @@ void PostSave(NotifyInfo*) {
                 mflush();
             }
         } catch (const MAXException& e) {
-            ReportError(MSTR(L"Error Saving Reference in PostSave\n\n") + e.message, step);
+            ReportError(SaveFailure(L"Error Saving Reference in PostSave", step, &e));
         } catch (...) {
-            ReportError(MSTR(L"Unknown Error Saving Reference in PostSave"), step);
+            ReportError(SaveFailure(L"Unknown Error Saving Reference in PostSave", step, nullptr));
         }
     }
     SetOperationMode(kModeIdle);

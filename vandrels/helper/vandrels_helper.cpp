@@ -54,7 +54,7 @@ VandrelsHelper::VandrelsHelper(BOOL loading) {
     } else {
         GetVandrelsHelperDesc()->MakeAutoParamBlocks(this);
     }
-    sceneEventKey = GetISceneEventManager()->RegisterCallback(new NodeCallback(this));
+    data_.sceneEventKey = GetISceneEventManager()->RegisterCallback(new NodeCallback(this));
     RegisterNotification(OnLayerDeletedProc, this, NOTIFY_LAYER_DELETED);
     vandrels::RegisterModuleNotifications();
     vandrels::HelperRegistry().Append(this);
@@ -65,8 +65,8 @@ VandrelsHelper::~VandrelsHelper() {
     vandrels::HelperRegistry().Remove(this);
     vandrels::LoadedHelpers().Remove(this);
     if (ISceneEventManager* events = GetISceneEventManager()) {
-        INodeEventCallback* callback = events->GetCallbackByKey(sceneEventKey);
-        events->UnRegisterCallback(sceneEventKey);
+        INodeEventCallback* callback = events->GetCallbackByKey(data_.sceneEventKey);
+        events->UnRegisterCallback(data_.sceneEventKey);
         delete callback;
     }
     UnRegisterNotification(OnLayerDeletedProc, this);
@@ -74,12 +74,12 @@ VandrelsHelper::~VandrelsHelper() {
 }
 
 void VandrelsHelper::freeLists() {
-    for (WStr* name : nodesToDelete) delete name;
-    nodesToDelete.ZeroCount();
-    for (RefLayer* layer : refLayers) delete layer;
-    refLayers.ZeroCount();
-    for (RenamedLayer* renamed : renamedLayers) delete renamed;
-    renamedLayers.ZeroCount();
+    for (WStr* name : data_.nodesToDelete) delete name;
+    data_.nodesToDelete.ZeroCount();
+    for (RefLayer* layer : data_.refLayers) delete layer;
+    data_.refLayers.ZeroCount();
+    for (RenamedLayer* renamed : data_.renamedLayers) delete renamed;
+    data_.renamedLayers.ZeroCount();
 }
 
 bool VandrelsHelper::IsVandrelsHelper(Object* obj) {
@@ -98,12 +98,12 @@ BaseInterface* VandrelsHelper::GetInterface(Interface_ID id) {
 }
 
 void VandrelsHelper::ReconcileReloadParameters() {
-    if (!pblock) return;
-    const int reloadType = pblock->GetInt(vh_persist_reload_type);
-    const int reloadIfChanged = pblock->GetInt(vh_reload_if_changed) ? 1 : 0;
+    if (!data_.pblock) return;
+    const int reloadType = data_.pblock->GetInt(vh_persist_reload_type);
+    const int reloadIfChanged = data_.pblock->GetInt(vh_reload_if_changed) ? 1 : 0;
     if ((reloadType == 0 || reloadType == 1) && reloadType != reloadIfChanged) {
         AccessorOffScope off(this);
-        pblock->SetValue(vh_persist_reload_type, 0, reloadIfChanged);
+        data_.pblock->SetValue(vh_persist_reload_type, 0, reloadIfChanged);
     }
 }
 
@@ -115,11 +115,11 @@ RefTargetHandle VandrelsHelper::GetReference(int i) {
     const vandrels::HelperSlots::Slot slot = Slots().At(i);
     if (!slot.inRange) return nullptr;
     switch (slot.kind) {
-    case vandrels::HelperSlot::ParamBlock: return pblock;
-    case vandrels::HelperSlot::SceneMaterials: return sceneMaterials;
-    case vandrels::HelperSlot::NodeRecord: return refNodes[slot.index];
-    case vandrels::HelperSlot::MaterialRecord: return refMaterials[slot.index];
-    case vandrels::HelperSlot::Layer: return refLayers[slot.index] ? refLayers[slot.index]->layer : nullptr;
+    case vandrels::HelperSlot::ParamBlock: return data_.pblock;
+    case vandrels::HelperSlot::SceneMaterials: return data_.sceneMaterials;
+    case vandrels::HelperSlot::NodeRecord: return data_.refNodes[slot.index];
+    case vandrels::HelperSlot::MaterialRecord: return data_.refMaterials[slot.index];
+    case vandrels::HelperSlot::Layer: return data_.refLayers[slot.index] ? data_.refLayers[slot.index]->layer : nullptr;
     }
     return nullptr;
 }
@@ -130,38 +130,38 @@ void VandrelsHelper::SetReference(int i, RefTargetHandle rtarg) {
     const int k = slot.index;
     switch (slot.kind) {
     case vandrels::HelperSlot::ParamBlock:
-        pblock = static_cast<IParamBlock2*>(rtarg);
-        if (pblock) {
-            useNamePrefix = pblock->GetInt(vh_use_name_prefix);
+        data_.pblock = static_cast<IParamBlock2*>(rtarg);
+        if (data_.pblock) {
+            data_.useNamePrefix = data_.pblock->GetInt(vh_use_name_prefix);
             ReconcileReloadParameters();
         }
         break;
-    case vandrels::HelperSlot::SceneMaterials: sceneMaterials = rtarg; break;
+    case vandrels::HelperSlot::SceneMaterials: data_.sceneMaterials = rtarg; break;
     case vandrels::HelperSlot::NodeRecord:
-        vandrels::SetRecordHelper(refNodes[k], nullptr);
-        refNodes[k] = static_cast<RefNode*>(rtarg);
-        vandrels::SetRecordHelper(refNodes[k], this);
+        vandrels::SetRecordHelper(data_.refNodes[k], nullptr);
+        data_.refNodes[k] = static_cast<RefNode*>(rtarg);
+        vandrels::SetRecordHelper(data_.refNodes[k], this);
         break;
     case vandrels::HelperSlot::MaterialRecord:
-        vandrels::SetRecordHelper(refMaterials[k], nullptr);
-        refMaterials[k] = static_cast<RefMaterial*>(rtarg);
-        vandrels::SetRecordHelper(refMaterials[k], this);
+        vandrels::SetRecordHelper(data_.refMaterials[k], nullptr);
+        data_.refMaterials[k] = static_cast<RefMaterial*>(rtarg);
+        vandrels::SetRecordHelper(data_.refMaterials[k], this);
         break;
     case vandrels::HelperSlot::Layer:
-        if (!refLayers[k]) refLayers[k] = new RefLayer;
-        refLayers[k]->layer = static_cast<ILayer*>(rtarg);
+        if (!data_.refLayers[k]) data_.refLayers[k] = new RefLayer;
+        data_.refLayers[k]->layer = static_cast<ILayer*>(rtarg);
         break;
     }
 }
 
 RefResult VandrelsHelper::NotifyRefChanged(const Interval&, RefTargetHandle hTarget, PartID&, RefMessage message,
                                            BOOL) {
-    if (message == REFMSG_CHANGE && hTarget && hTarget == pblock && accessorEnabled) {
+    if (message == REFMSG_CHANGE && hTarget && hTarget == data_.pblock && data_.accessorEnabled) {
         // The manager window shows the parameters in its rows.
         vandrels::RequestManagerRefresh();
-    } else if (message == REFMSG_SUBANIM_STRUCTURE_CHANGED && hTarget && hTarget == sceneMaterials) {
+    } else if (message == REFMSG_SUBANIM_STRUCTURE_CHANGED && hTarget && hTarget == data_.sceneMaterials) {
         // The scene material library is held only while a merge runs; what the merge adds to it is not kept.
-        static_cast<MtlBaseLib*>(sceneMaterials)->DeleteAll();
+        static_cast<MtlBaseLib*>(data_.sceneMaterials)->DeleteAll();
     }
     return REF_STOP;
 }
@@ -174,26 +174,26 @@ BOOL VandrelsHelper::IsRealDependency(ReferenceTarget* rtarg) {
 
 void VandrelsHelper::OnLayerDeleted(ILayer* layer) {
     // The entry stays, empty: it still counts among the layer entries, and the next layer monitoring drops it.
-    for (int k = refLayers.Count() - 1; k >= 0; --k)
-        if (refLayers[k] && refLayers[k]->layer == layer)
+    for (int k = data_.refLayers.Count() - 1; k >= 0; --k)
+        if (data_.refLayers[k] && data_.refLayers[k]->layer == layer)
             DeleteReference(Slots().Layer(k));
 }
 
 // ---- Command panel.
 
 void VandrelsHelper::BeginEditParams(IObjParam* ip, ULONG flags, Animatable* prev) {
-    editInterface = ip;
+    data_.editInterface = ip;
     GetVandrelsHelperDesc()->BeginEditParams(ip, this, flags, prev);
     // The host's automatic rollouts have no window of their own to keep.
-    rolloutWindow = nullptr;
+    data_.rolloutWindow = nullptr;
     // The rollout's own buttons and file pickers are handled by the user interface's rollout procedure, which
     // the block description carries (ui/helper_rollout.cpp).
 }
 
 void VandrelsHelper::EndEditParams(IObjParam* ip, ULONG flags, Animatable* next) {
     GetVandrelsHelperDesc()->EndEditParams(ip, this, flags, next);
-    editInterface = nullptr;
-    rolloutWindow = nullptr;
+    data_.editInterface = nullptr;
+    data_.rolloutWindow = nullptr;
 }
 
 // ---- Services for records.
@@ -205,12 +205,12 @@ INode* VandrelsHelper::GetNode() {
 }
 
 WStr VandrelsHelper::GetNamePrefix() {
-    if (!pblock || !pblock->GetInt(vh_use_name_prefix)) return WStr();
+    if (!data_.pblock || !data_.pblock->GetInt(vh_use_name_prefix)) return WStr();
     INode* node = GetNode();
     return node ? WStr(node->GetName()) : WStr();
 }
 
-BOOL VandrelsHelper::GetPersistRef() { return pblock ? pblock->GetInt(vh_persist_ref) : FALSE; }
+BOOL VandrelsHelper::GetPersistRef() { return data_.pblock ? data_.pblock->GetInt(vh_persist_ref) : FALSE; }
 
 bool VandrelsHelper::IsNested() {
     if (vandrels::MergeStack().Count() > 0) return true;
@@ -222,23 +222,23 @@ bool VandrelsHelper::IsNested() {
 }
 
 bool VandrelsHelper::NeedsRenderSwitching() {
-    if (!pblock) return false;
-    if (loaded && holdsNested) return true;
-    return pblock->GetInt(vh_use_proxy_in_viewport) != pblock->GetInt(vh_use_proxy_in_render);
+    if (!data_.pblock) return false;
+    if (data_.loaded && data_.holdsNested) return true;
+    return data_.pblock->GetInt(vh_use_proxy_in_viewport) != data_.pblock->GetInt(vh_use_proxy_in_render);
 }
 
 void VandrelsHelper::ForgetName(const MCHAR* name) {
-    if (theHold.Holding()) vandrels::PutNamesRestore(nodesToDelete);
-    for (int k = nodesToDelete.Count() - 1; k >= 0; --k)
-        if (nodesToDelete[k] && *nodesToDelete[k] == WStr(name)) {
-            delete nodesToDelete[k];
-            nodesToDelete.Delete(k, 1);
+    if (theHold.Holding()) vandrels::PutNamesRestore(data_.nodesToDelete);
+    for (int k = data_.nodesToDelete.Count() - 1; k >= 0; --k)
+        if (data_.nodesToDelete[k] && *data_.nodesToDelete[k] == WStr(name)) {
+            delete data_.nodesToDelete[k];
+            data_.nodesToDelete.Delete(k, 1);
         }
 }
 
 Tab<INode*> VandrelsHelper::GetNodes() {
     Tab<INode*> nodes;
-    for (RefNode* record : refNodes)
+    for (RefNode* record : data_.refNodes)
         if (record)
             if (ReferenceTarget* target = record->GetReference(0))
                 nodes.Append(static_cast<INode*>(target));
@@ -249,22 +249,22 @@ Tab<INode*> VandrelsHelper::GetNodes() {
 
 RefTargetHandle VandrelsHelper::Clone(RemapDir& remap) {
     auto* clone = new VandrelsHelper(FALSE);
-    clone->ReplaceReference(vandrels::HelperSlots::kParamBlock, remap.CloneRef(pblock));
+    clone->ReplaceReference(vandrels::HelperSlots::kParamBlock, remap.CloneRef(data_.pblock));
     if (vandrels::GetOperationMode() == vandrels::kModeDuplicating) {
         // A duplicate keeps only the records that carry local changes; the others leave empty slots.
-        clone->refNodes.SetCount(refNodes.Count());
-        for (RefNode*& slot : clone->refNodes) slot = nullptr;
-        clone->refMaterials.SetCount(refMaterials.Count());
-        for (RefMaterial*& slot : clone->refMaterials) slot = nullptr;
-        for (int k = 0; k < refNodes.Count(); ++k)
-            if (refNodes[k] && vandrels::RecordHasOverrides(refNodes[k]))
-                clone->ReplaceReference(clone->Slots().NodeRecord(k), remap.CloneRef(refNodes[k]));
-        for (int k = 0; k < refMaterials.Count(); ++k)
-            if (refMaterials[k] && vandrels::RecordHasOverrides(refMaterials[k]))
-                clone->ReplaceReference(clone->Slots().MaterialRecord(k), remap.CloneRef(refMaterials[k]));
-        for (WStr* name : nodesToDelete) clone->nodesToDelete.Append(new WStr(name ? *name : WStr()));
+        clone->data_.refNodes.SetCount(data_.refNodes.Count());
+        for (RefNode*& slot : clone->data_.refNodes) slot = nullptr;
+        clone->data_.refMaterials.SetCount(data_.refMaterials.Count());
+        for (RefMaterial*& slot : clone->data_.refMaterials) slot = nullptr;
+        for (int k = 0; k < data_.refNodes.Count(); ++k)
+            if (data_.refNodes[k] && vandrels::RecordHasOverrides(data_.refNodes[k]))
+                clone->ReplaceReference(clone->Slots().NodeRecord(k), remap.CloneRef(data_.refNodes[k]));
+        for (int k = 0; k < data_.refMaterials.Count(); ++k)
+            if (data_.refMaterials[k] && vandrels::RecordHasOverrides(data_.refMaterials[k]))
+                clone->ReplaceReference(clone->Slots().MaterialRecord(k), remap.CloneRef(data_.refMaterials[k]));
+        for (WStr* name : data_.nodesToDelete) clone->data_.nodesToDelete.Append(new WStr(name ? *name : WStr()));
     }
     BaseClone(this, clone, remap);
-    if (pblock) pblock->SetValue(vh_selected_in_manager, 0, FALSE);
+    if (data_.pblock) data_.pblock->SetValue(vh_selected_in_manager, 0, FALSE);
     return clone;
 }

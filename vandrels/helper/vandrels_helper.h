@@ -4,16 +4,15 @@
 #pragma once
 
 #include "frame/class_ids.h"
-#include "helper/helper_layers.h"
 #include "helper/helper_params.h"
 #include "helper/helper_slots.h"
+#include "helper/helper_state.h"
 #include "helper/vandrels_helper_interface.h"
-#include "iparamb2.h"
 #include "records/record_owner.h"
-#include "object.h"
 
 #include <cstdint>
 
+class Mtl;
 class RefAnim;
 class RefBase;
 class RefNode;
@@ -26,25 +25,6 @@ class ISave;
 
 class VandrelsHelper : public HelperObject, public VandrelsHelperInterface, public RecordOwner {
 public:
-    IObjParam* editInterface = nullptr;   // while edited in the command panel
-    HWND rolloutWindow = nullptr;         // the parameter rollout's window while edited
-    int useNamePrefix = 0;                // copy of UseNamePrefix, taken whenever the block is attached
-    DWORD sceneEventKey = 0;              // key of the node-event callback registration
-    std::uint64_t fileTime = 0;             // last-write time of the reference file at the last load; 0 unknown
-    Tab<RefAnim*> pendingRecords;         // animatable records to finish after the current load
-    DWORD passCounter = 0;                // incremented after every collect pass over the records
-    int loaded = 0;                       // 1 while the reference's content is in the scene
-    int holdsNested = 0;                  // 1 when the last load merged a helper that needs render switching
-    IParamBlock2* pblock = nullptr;       // reference 0
-    Tab<RefNode*> refNodes;               // references 2 .. 1+N
-    Tab<RefMaterial*> refMaterials;       // the next M references
-    Tab<RefLayer*> refLayers;             // the next L references (the layers themselves)
-    Tab<RenamedLayer*> renamedLayers;
-    int accessorEnabled = 1;              // 0 while the helper writes its own parameters
-    Tab<WStr*> nodesToDelete;             // names of referenced nodes the user deleted locally
-    ReferenceTarget* sceneMaterials = nullptr;  // reference 1, only while a merge runs
-    int creating = 0;                     // 1 between the first and the last click of interactive creation
-
     explicit VandrelsHelper(BOOL loading = FALSE);
     ~VandrelsHelper() override;
 
@@ -63,15 +43,15 @@ public:
     void* GetInterface(ULONG id) override { return HelperObject::GetInterface(id); }
 
     // Parameters.
-    IParamBlock2* GetParamBlock(int i) override { return i == 0 ? pblock : nullptr; }
-    IParamBlock2* GetParamBlockByID(short id) override { return id == 0 ? pblock : nullptr; }
+    IParamBlock2* GetParamBlock(int i) override { return i == 0 ? data_.pblock : nullptr; }
+    IParamBlock2* GetParamBlockByID(short id) override { return id == 0 ? data_.pblock : nullptr; }
     int NumParamBlocks() override { return 1; }
     // Brings PersistReloadType in step with ReloadIfChanged (a reload type of 2 is left alone).
     void ReconcileReloadParameters();
 
     // References and sub-anims, in the layout of helper_slots.h.
     vandrels::HelperSlots Slots() const {
-        return vandrels::HelperSlots(refNodes.Count(), refMaterials.Count(), refLayers.Count());
+        return vandrels::HelperSlots(data_.refNodes.Count(), data_.refMaterials.Count(), data_.refLayers.Count());
     }
     int NumRefs() override;
     RefTargetHandle GetReference(int i) override;
@@ -80,7 +60,7 @@ public:
                                BOOL propagate) override;
     BOOL IsRealDependency(ReferenceTarget* rtarg) override;
     int NumSubs() override { return 1; }
-    Animatable* SubAnim(int i) override { return i == 0 ? pblock : nullptr; }
+    Animatable* SubAnim(int i) override { return i == 0 ? data_.pblock : nullptr; }
     MSTR SubAnimName(int i, bool = true) override { return i == 0 ? MSTR(L"pblock") : MSTR(); }
     int SubNumToRefNum(int subNum) override { return subNum == 0 ? vandrels::HelperSlots::kParamBlock : -1; }
     Interval ObjectValidity(TimeValue) override { return FOREVER; }
@@ -105,10 +85,10 @@ public:
     int Overwrite() override;
     int SaveAs(const MCHAR* fileName) override;
     void PrintData(int mode) override;
-    int NumRefNodes() override { return refNodes.Count(); }
-    RefNode* GetRefNode(int index) override { return refNodes[index]; }
-    int NumRefMaterials() override { return refMaterials.Count(); }
-    RefMaterial* GetRefMaterial(int index) override { return refMaterials[index]; }
+    int NumRefNodes() override { return data_.refNodes.Count(); }
+    RefNode* GetRefNode(int index) override { return data_.refNodes[index]; }
+    int NumRefMaterials() override { return data_.refMaterials.Count(); }
+    RefMaterial* GetRefMaterial(int index) override { return data_.refMaterials[index]; }
     Tab<INode*> GetNodes() override;
     void ShowDupNames() override;
 
@@ -116,8 +96,8 @@ public:
     // The helper node's name while UseNamePrefix is on, else empty.
     WStr GetNamePrefix() override;
     BOOL GetPersistRef() override;
-    DWORD GetPassCounter() const override { return passCounter; }
-    void RegisterWithHelper(RefAnim* record) override { pendingRecords.Append(record); }
+    DWORD GetPassCounter() const override { return data_.passCounter; }
+    void RegisterWithHelper(RefAnim* record) override { data_.pendingRecords.Append(record); }
     // Makes node one of the reference's nodes: a new node record, named name in the reference file (an
     // override of the name) or, without name, by the node's own name; that name leaves nodesToDelete and the
     // node's dependents hear of the adoption. Null, changing nothing, for no node or a node that has a record.
@@ -135,21 +115,66 @@ public:
     // The helper's layer reference to layer is dropped (the layer is about to leave the scene).
     void OnLayerDeleted(ILayer* layer);
 
-    int NumLayerRefs() const { return refLayers.Count(); }
+    // The records and lists, in slot order. Records join through the Append calls, adoption and loading, and
+    // leave through the reference system.
+    const Tab<RefNode*>& NodeRecords() const { return data_.refNodes; }
+    const Tab<RefMaterial*>& MaterialRecords() const { return data_.refMaterials; }
+    const Tab<RefLayer*>& LayerRecords() const { return data_.refLayers; }
+    const Tab<RenamedLayer*>& RenamedLayers() const { return data_.renamedLayers; }
+    // Names of referenced nodes the user deleted locally: a reload leaves them out.
+    const Tab<WStr*>& DeletedNodeNames() const { return data_.nodesToDelete; }
+    void RememberDeletedNode(const MCHAR* name) { data_.nodesToDelete.Append(new WStr(name)); }
+    int NumLayerRefs() const { return data_.refLayers.Count(); }
+    // A new node record for node, appended after the node records: the list gets an empty slot, then the
+    // helper references the record there, so the host records the addition like any reference change. Throws
+    // MAXException when the record cannot be made.
+    RefNode* AppendNodeRecord(INode* node);
+    // The same for a material record, appended after the material records.
+    RefMaterial* AppendMaterialRecord(Mtl* mtl);
+    // The collect pass (collect_pass.cpp): fills the node records' exclusion work lists, lets every material
+    // record and then every node record collect when it is bound, records how the user renamed the
+    // reference's layers, and counts the pass. Record failures travel up as MAXException.
+    void RunCollectPass();
+    // Resets the override categories that mask chooses on every record (the node records, the material
+    // records with the material bit, the layer renamings with the layer bit, the locally deleted node names
+    // with the deleted-nodes bit). The caller reloads afterwards. Answers 1.
+    int ResetByMask(DWORD mask);
+
+    // The parameter block; null before it is made.
+    IParamBlock2* ParamBlock() const { return data_.pblock; }
+    // Whether the reference's content is in the scene; a copy takes over its original's state.
+    bool IsLoaded() const { return data_.loaded != 0; }
+    void SetLoaded(bool loaded) { data_.loaded = loaded ? 1 : 0; }
+    // The reference file's last-write time at the last load; 0 unknown.
+    std::uint64_t FileTimeAtLoad() const { return data_.fileTime; }
+    // Set between the first and the last click of interactive creation.
+    void SetCreating(bool creating) { data_.creating = creating ? 1 : 0; }
+    // Whether the helper reacts to writes of its own parameters (off while it writes them itself).
+    bool ReactsToOwnParameters() const { return data_.accessorEnabled == 1; }
+    // UseNamePrefix was switched (on is its new value): every node and material record re-applies the new
+    // prefix to its item's name and the layers follow.
+    void SwitchNamePrefix(int on);
+
+    // The layer steps' view of the layer lists (helper_layer_steps.cpp).
+    class LayerSteps;
 
 private:
+    friend class AccessorOffScope;
+
     void clearRecordBackPointer(ReferenceTarget* record);
     void setRecordBackPointer(ReferenceTarget* record);
     void freeLists();
+
+    VandrelsHelperState data_;
 };
 
 // Switches the helper's reaction to its own parameter writes off for its lifetime, then back as it was.
 class AccessorOffScope {
 public:
-    explicit AccessorOffScope(VandrelsHelper* helper) : helper_(helper), saved_(helper->accessorEnabled) {
-        helper_->accessorEnabled = 0;
+    explicit AccessorOffScope(VandrelsHelper* helper) : helper_(helper), saved_(helper->data_.accessorEnabled) {
+        helper_->data_.accessorEnabled = 0;
     }
-    ~AccessorOffScope() { helper_->accessorEnabled = saved_; }
+    ~AccessorOffScope() { helper_->data_.accessorEnabled = saved_; }
     AccessorOffScope(const AccessorOffScope&) = delete;
     AccessorOffScope& operator=(const AccessorOffScope&) = delete;
 

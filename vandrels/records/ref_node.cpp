@@ -49,9 +49,9 @@ RefNode::RefNode(INode* node, RecordOwner* helper) {
     registerNotifications();
     runInErrorFrame(L"Error Creating RefNode", L"Unknown Error Creating RefNode", [&] {
         if (!node) return;
-        nodeLoaded_ = 1;
+        data_.nodeLoaded = 1;
         ReplaceReference(0, node);
-        referenceName_ = node->GetName();
+        data_.referenceName = node->GetName();
         MonitorModifiers();
         // The merged state is the baseline the first collect compares with.
         CaptureBaseline();
@@ -67,18 +67,18 @@ RefNode::~RefNode() {
 
 INode* RefNode::GetNode() { return static_cast<INode*>(GetTarget()); }
 
-void RefNode::SetOverrideFlags(std::uint32_t mask, std::uint32_t value) { SetLongFlags(overrideFlags_, mask, value); }
+void RefNode::SetOverrideFlags(std::uint32_t mask, std::uint32_t value) { SetLongFlags(data_.overrideFlags, mask, value); }
 
 void RefNode::registerNotifications() {
-    if (notificationsRegistered_) return;
+    if (data_.notificationsRegistered) return;
     for (int code : kDropCodes) RegisterNotification(&RefNode::notifyProc, this, code);
-    notificationsRegistered_ = 1;
+    data_.notificationsRegistered = 1;
 }
 
 void RefNode::unregisterNotifications() {
-    if (!notificationsRegistered_) return;
+    if (!data_.notificationsRegistered) return;
     for (int code : kDropCodes) UnRegisterNotification(&RefNode::notifyProc, this, code);
-    notificationsRegistered_ = 0;
+    data_.notificationsRegistered = 0;
 }
 
 void RefNode::notifyProc(void* param, NotifyInfo* info) {
@@ -95,18 +95,18 @@ void RefNode::notifyProc(void* param, NotifyInfo* info) {
 void RefNode::runInErrorFrame(const MCHAR* words, const MCHAR* unknownWords, const std::function<void()>& op) {
     // A frame inside another operation's frame (Override inside Update) keeps the outer step word for the outer
     // report.
-    const int outer = step_;
-    step_ = 0;
+    const int outer = data_.step;
+    data_.step = 0;
     try {
         op();
-        step_ = outer;
+        data_.step = outer;
     } catch (const MAXException& e) {
-        const int failed = step_;
-        step_ = outer;
+        const int failed = data_.step;
+        data_.step = outer;
         fail(words, failed, &e);
     } catch (...) {
-        const int failed = step_;
-        step_ = outer;
+        const int failed = data_.step;
+        data_.step = outer;
         fail(unknownWords, failed, nullptr);
     }
 }
@@ -137,15 +137,15 @@ RefTargetHandle RefNode::GetReference(int i) {
     const int k = slot.index;
     switch (slot.kind) {
     case NodeRecordSlot::Base: return RefBase::GetReference(i);
-    case NodeRecordSlot::Material: return (overrideFlags_ & kNodeMaterial) ? material_ : nullptr;
-    case NodeRecordSlot::Parent: return parent_;
-    case NodeRecordSlot::Child: return children_[k];
-    case NodeRecordSlot::Layer: return layer_;
-    case NodeRecordSlot::WorldSpaceModifier: return wsMods_[k] ? wsMods_[k]->modifier : nullptr;
-    case NodeRecordSlot::ObjectSpaceModifier: return osMods_[k] ? osMods_[k]->modifier : nullptr;
-    case NodeRecordSlot::ExclusionLight: return exclusionLights_[k];
-    case NodeRecordSlot::LocalDependent: return localDependent_;
-    case NodeRecordSlot::ExclusionOther: return exclusionOthers_[k];
+    case NodeRecordSlot::Material: return (data_.overrideFlags & kNodeMaterial) ? data_.material : nullptr;
+    case NodeRecordSlot::Parent: return data_.parent;
+    case NodeRecordSlot::Child: return data_.children[k];
+    case NodeRecordSlot::Layer: return data_.layer;
+    case NodeRecordSlot::WorldSpaceModifier: return data_.wsMods[k] ? data_.wsMods[k]->modifier : nullptr;
+    case NodeRecordSlot::ObjectSpaceModifier: return data_.osMods[k] ? data_.osMods[k]->modifier : nullptr;
+    case NodeRecordSlot::ExclusionLight: return data_.exclusionLights[k];
+    case NodeRecordSlot::LocalDependent: return data_.localDependent;
+    case NodeRecordSlot::ExclusionOther: return data_.exclusionOthers[k];
     }
     return nullptr;
 }
@@ -163,15 +163,15 @@ void RefNode::SetReference(int i, RefTargetHandle target) {
         if (i == 0 && target && target->SuperClassID() != BASENODE_CLASS_ID) target = nullptr;
         RefBase::SetReference(i, target);
         // The first node bound names the record.
-        if (i == 0 && target && referenceName_.isNull()) referenceName_ = static_cast<INode*>(target)->GetName();
+        if (i == 0 && target && data_.referenceName.isNull()) data_.referenceName = static_cast<INode*>(target)->GetName();
         break;
-    case NodeRecordSlot::Material: material_ = dynamic_cast<Mtl*>(target); break;
-    case NodeRecordSlot::Parent: parent_ = target; break;
-    case NodeRecordSlot::Child: children_[k] = dynamic_cast<INode*>(target); break;
-    case NodeRecordSlot::Layer: layer_ = target; break;
+    case NodeRecordSlot::Material: data_.material = dynamic_cast<Mtl*>(target); break;
+    case NodeRecordSlot::Parent: data_.parent = target; break;
+    case NodeRecordSlot::Child: data_.children[k] = dynamic_cast<INode*>(target); break;
+    case NodeRecordSlot::Layer: data_.layer = target; break;
     case NodeRecordSlot::WorldSpaceModifier:
     case NodeRecordSlot::ObjectSpaceModifier: {
-        Tab<RefModifier*>& list = slot.kind == NodeRecordSlot::WorldSpaceModifier ? wsMods_ : osMods_;
+        Tab<RefModifier*>& list = slot.kind == NodeRecordSlot::WorldSpaceModifier ? data_.wsMods : data_.osMods;
         RefModifier*& entry = list[k];
         // A modifier restored into an empty position (saved as referenced) stands there as referenced.
         if (!entry && target) entry = new RefModifier(dynamic_cast<Modifier*>(target), kModFromReference, -1);
@@ -182,16 +182,16 @@ void RefNode::SetReference(int i, RefTargetHandle target) {
         break;
     }
     case NodeRecordSlot::ExclusionLight: {
-        ReferenceTarget* old = exclusionLights_[k];
-        exclusionLights_[k] = target;
+        ReferenceTarget* old = data_.exclusionLights[k];
+        data_.exclusionLights[k] = target;
         if (old && target != old) takeOverExclusion(target, -1);
         break;
     }
-    case NodeRecordSlot::LocalDependent: localDependent_ = target; break;
+    case NodeRecordSlot::LocalDependent: data_.localDependent = target; break;
     case NodeRecordSlot::ExclusionOther: {
-        ReferenceTarget* old = exclusionOthers_[k];
-        exclusionOthers_[k] = target;
-        if (old && target != old) takeOverExclusion(target, k < exclusionModes_.Count() ? exclusionModes_[k] : 0);
+        ReferenceTarget* old = data_.exclusionOthers[k];
+        data_.exclusionOthers[k] = target;
+        if (old && target != old) takeOverExclusion(target, k < data_.exclusionModes.Count() ? data_.exclusionModes[k] : 0);
         break;
     }
     }
@@ -205,19 +205,19 @@ BOOL RefNode::CanTransferReference(int i) {
 
 void RefNode::Collect() {
     runInErrorFrame(L"Error Collecting RefNode", L"Unknown Error Collecting RefNode", [&] {
-        nodeLoadedAtCollect_ = nodeLoaded_;
-        if (!nodeLoaded_) return;
+        data_.nodeLoadedAtCollect = data_.nodeLoaded;
+        if (!data_.nodeLoaded) return;
         RecordOwner* helper = GetHelper();
         if (!(vandrels::GetOperationMode() == vandrels::kModeSaving && helper && helper->GetPersistRef()))
-            nodeLoaded_ = 0;
+            data_.nodeLoaded = 0;
         INode* node = GetNode();
         if (!node) return;
         detectCollectedValues(node);
         refreshExclusionLights();
         refreshExclusionOthers();
-        if (overrideFlags_ & kNodeModifiers) collectModifierChanges();
+        if (data_.overrideFlags & kNodeModifiers) collectModifierChanges();
         refreshLocalDependent(node);
-        nodeKind_ = computeNodeKind(node);
+        data_.nodeKind = computeNodeKind(node);
         RefBase::Collect();
         recomputeLocalDependentsBit(node);
     });
@@ -226,32 +226,32 @@ void RefNode::Collect() {
 void RefNode::CaptureBaseline() {
     INode* node = GetNode();
     if (!node) return;
-    if (!(overrideFlags_ & kNodeMaterial)) material_ = node->GetMtl();
-    if (!(overrideFlags_ & kNodeObjectOffset)) objectOffset_ = nodestate::ReadObjectOffset(node);
-    if (!(overrideFlags_ & kNodeWireColor)) wireColor_ = node->GetWireColor();
-    if (!(overrideFlags_ & kNodeHidden))
-        displayBits_ = std::uint16_t((displayBits_ & ~kDisplayHiddenBit) | (node->IsHidden() ? kDisplayHiddenBit : 0));
-    if (!(overrideFlags_ & kNodeFrozen))
-        displayBits_ = std::uint16_t((displayBits_ & ~kDisplayFrozenBit) | (node->IsFrozen() ? kDisplayFrozenBit : 0));
-    if (!(overrideFlags_ & kNodeDisplayProps)) setDisplayProps(nodestate::ReadDisplay(node));
-    if (!(overrideFlags_ & kNodeRenderProps)) renderProps_ = nodestate::ReadRender(node);
-    if (!(overrideFlags_ & kNodeSkinPose)) skinPose_ = nodestate::ReadSkinPose(node);
-    if (!(overrideFlags_ & kNodeUserProps)) node->GetUserPropBuffer(userProps_);
-    if (!(overrideFlags_ & kNodeTmLocks)) tmLocks_ = nodestate::ReadTmLocks(node);
+    if (!(data_.overrideFlags & kNodeMaterial)) data_.material = node->GetMtl();
+    if (!(data_.overrideFlags & kNodeObjectOffset)) data_.objectOffset = nodestate::ReadObjectOffset(node);
+    if (!(data_.overrideFlags & kNodeWireColor)) data_.wireColor = node->GetWireColor();
+    if (!(data_.overrideFlags & kNodeHidden))
+        data_.displayBits = std::uint16_t((data_.displayBits & ~kDisplayHiddenBit) | (node->IsHidden() ? kDisplayHiddenBit : 0));
+    if (!(data_.overrideFlags & kNodeFrozen))
+        data_.displayBits = std::uint16_t((data_.displayBits & ~kDisplayFrozenBit) | (node->IsFrozen() ? kDisplayFrozenBit : 0));
+    if (!(data_.overrideFlags & kNodeDisplayProps)) setDisplayProps(nodestate::ReadDisplay(node));
+    if (!(data_.overrideFlags & kNodeRenderProps)) data_.renderProps = nodestate::ReadRender(node);
+    if (!(data_.overrideFlags & kNodeSkinPose)) data_.skinPose = nodestate::ReadSkinPose(node);
+    if (!(data_.overrideFlags & kNodeUserProps)) node->GetUserPropBuffer(data_.userProps);
+    if (!(data_.overrideFlags & kNodeTmLocks)) data_.tmLocks = nodestate::ReadTmLocks(node);
 }
 
 NodeDisplayProps RefNode::displayProps() const {
     NodeDisplayProps display;
-    display.bits = std::uint16_t(displayBits_ & kDisplaySwitchBits);
-    display.values[0] = displayValues_[0];
-    display.values[1] = displayValues_[1];
+    display.bits = std::uint16_t(data_.displayBits & kDisplaySwitchBits);
+    display.values[0] = data_.displayValues[0];
+    display.values[1] = data_.displayValues[1];
     return display;
 }
 
 void RefNode::setDisplayProps(const NodeDisplayProps& display) {
-    displayBits_ = std::uint16_t((displayBits_ & ~kDisplaySwitchBits) | (display.bits & kDisplaySwitchBits));
-    displayValues_[0] = display.values[0];
-    displayValues_[1] = display.values[1];
+    data_.displayBits = std::uint16_t((data_.displayBits & ~kDisplaySwitchBits) | (display.bits & kDisplaySwitchBits));
+    data_.displayValues[0] = display.values[0];
+    data_.displayValues[1] = display.values[1];
 }
 
 void RefNode::Update(ReferenceTarget* newTarget) {
@@ -262,27 +262,27 @@ void RefNode::Update(ReferenceTarget* newTarget) {
             SetBusy(0);
             return;
         }
-        nodeLoaded_ = 1;
+        data_.nodeLoaded = 1;
         INode* old = GetNode();
         if (old == fresh) old = nullptr;
         if (!GetNode()) {
             ReplaceReference(0, fresh);
         } else if (old) {
-            step_ = IDS_STEP_UPDATE_PRE_TRANSFER;
+            data_.step = IDS_STEP_UPDATE_PRE_TRANSFER;
             TransferNodeReferences(old, fresh, false);
             if (GetNode() != fresh) ReplaceReference(0, fresh);
-            step_ = IDS_STEP_UPDATE_POST_TRANSFER;
+            data_.step = IDS_STEP_UPDATE_POST_TRANSFER;
             fresh->NotifyDependents(FOREVER, 0, nodemsg::kNodeTransferred);
-            step_ = IDS_STEP_UPDATE_TRANSFER;
+            data_.step = IDS_STEP_UPDATE_TRANSFER;
         }
-        for (int k = children_.Count() - 1; k >= 0; --k)
-            if (!children_[k]) children_.Delete(k, 1);
+        for (int k = data_.children.Count() - 1; k >= 0; --k)
+            if (!data_.children[k]) data_.children.Delete(k, 1);
         prune();
-        step_ = IDS_STEP_UPDATE_CLEANED;
+        data_.step = IDS_STEP_UPDATE_CLEANED;
         Override();
         // What the reload brought, with the overrides applied, is the baseline of the next collect.
         CaptureBaseline();
-        step_ = IDS_STEP_UPDATE_OVERRIDE_REF;
+        data_.step = IDS_STEP_UPDATE_OVERRIDE_REF;
         BuildSubAnimTree();
         if (old) GetCOREInterface()->DeleteNode(old, FALSE);
         SetBusy(0);
@@ -290,54 +290,54 @@ void RefNode::Update(ReferenceTarget* newTarget) {
 }
 
 void RefNode::FinishLoad() {
-    nodeLoaded_ = nodeLoadedAtCollect_;
-    if (placeholderFor_) {
+    data_.nodeLoaded = data_.nodeLoadedAtCollect;
+    if (data_.placeholderFor) {
         INode* placeholder = GetNode();
-        INode* real = placeholderFor_;
-        placeholderFor_ = nullptr;
+        INode* real = data_.placeholderFor;
+        data_.placeholderFor = nullptr;
         if (placeholder && placeholder != real) {
             TransferNodeReferences(placeholder, real, false);
             if (GetNode() != real) ReplaceReference(0, real);
             GetCOREInterface()->DeleteNode(placeholder, FALSE);
         }
     }
-    if (!nodeLoaded_) return;
+    if (!data_.nodeLoaded) return;
     relinkModifierReferences();
-    if (overrideFlags_ & kNodeSelectionSets) {
-        selectionSets_.ZeroCount();
+    if (data_.overrideFlags & kNodeSelectionSets) {
+        data_.selectionSets.ZeroCount();
         SetOverrideFlags(kNodeSelectionSets, 0);
     }
 }
 
 void RefNode::ApplyNamePrefix(const MSTR& prefix) {
     INode* node = GetNode();
-    if (!node || (overrideFlags_ & kNodeNameWithoutPrefix)) return;
-    node->SetName(Prefixed(prefix, (overrideFlags_ & kNodeOverriddenName) ? overriddenName_ : referenceName_));
+    if (!node || (data_.overrideFlags & kNodeNameWithoutPrefix)) return;
+    node->SetName(Prefixed(prefix, (data_.overrideFlags & kNodeOverriddenName) ? data_.overriddenName : data_.referenceName));
 }
 
-bool RefNode::HasOverrides() { return overrideFlags_ != 0 || RefBase::HasOverrides(); }
+bool RefNode::HasOverrides() { return data_.overrideFlags != 0 || RefBase::HasOverrides(); }
 
 void RefNode::OnNodeRenamed(const MSTR& newName) {
     if (theHold.RestoreOrRedoing()) {
         // The undo record brings the bits back; the local name follows the node.
-        if (!(overrideFlags_ & kNodeOverriddenName)) return;
-        overriddenName_ = newName;
-        if (!(overrideFlags_ & kNodeNameWithoutPrefix)) StripNamePrefix(GetNamePrefix().data(), overriddenName_);
+        if (!(data_.overrideFlags & kNodeOverriddenName)) return;
+        data_.overriddenName = newName;
+        if (!(data_.overrideFlags & kNodeNameWithoutPrefix)) StripNamePrefix(GetNamePrefix().data(), data_.overriddenName);
         return;
     }
-    overriddenName_ = newName;
+    data_.overriddenName = newName;
     SetOverrideFlags(kNodeOverriddenName, kNodeOverriddenName);
-    if (overrideFlags_ & kNodeNameWithoutPrefix) return;
-    if (StripNamePrefix(GetNamePrefix().data(), overriddenName_) != 0)
+    if (data_.overrideFlags & kNodeNameWithoutPrefix) return;
+    if (StripNamePrefix(GetNamePrefix().data(), data_.overriddenName) != 0)
         SetOverrideFlags(kNodeNameWithoutPrefix, kNodeNameWithoutPrefix);
 }
 
 void RefNode::OnSelectionSetRemoved(int setIndex) {
-    for (int k = selectionSets_.Count() - 1; k >= 0; --k) {
-        if (selectionSets_[k] == setIndex)
-            selectionSets_.Delete(k, 1);
-        else if (selectionSets_[k] > setIndex)
-            --selectionSets_[k];
+    for (int k = data_.selectionSets.Count() - 1; k >= 0; --k) {
+        if (data_.selectionSets[k] == setIndex)
+            data_.selectionSets.Delete(k, 1);
+        else if (data_.selectionSets[k] > setIndex)
+            --data_.selectionSets[k];
     }
 }
 
@@ -440,7 +440,7 @@ MSTR StateLines(std::int32_t nodeLoaded, std::uint32_t flags, Mtl* material) {
 
 MSTR RefNode::GetInfo() {
     INode* node = GetNode();
-    MSTR info = L"Node: " + referenceName_;
+    MSTR info = L"Node: " + data_.referenceName;
     info.append_printf(L" - %d", HandleOf(node));
     if (node) {
         try {
@@ -451,19 +451,19 @@ MSTR RefNode::GetInfo() {
             info += L"\nFailed to retrieve Node Info";
         }
     }
-    return info + StateLines(nodeLoaded_, overrideFlags_, material_) + ModifierLines();
+    return info + StateLines(data_.nodeLoaded, data_.overrideFlags, data_.material) + ModifierLines();
 }
 
 void RefNode::PrintData(int mode) {
     const int handle = HandleOf(GetNode());
     if (mode == 1) {
-        mprintf(L"\n\n***************************\nRefNode: %s - %d\n\n", referenceName_.data(), handle);
-        mputs(StateLines(nodeLoaded_, overrideFlags_, material_).data());
+        mprintf(L"\n\n***************************\nRefNode: %s - %d\n\n", data_.referenceName.data(), handle);
+        mputs(StateLines(data_.nodeLoaded, data_.overrideFlags, data_.material).data());
         mputs(ModifierLines().data());
         mputs(L"\n");
         mflush();
     } else {
-        mprintf(L"\nRefNode: %s - %d\n", referenceName_.data(), handle);
+        mprintf(L"\nRefNode: %s - %d\n", data_.referenceName.data(), handle);
     }
     RefBase::PrintData(mode);
 }
@@ -495,36 +495,36 @@ void RefNode::BaseClone(ReferenceTarget* from, ReferenceTarget* to, RemapDir& re
     auto* src = dynamic_cast<RefNode*>(from);
     auto* dst = dynamic_cast<RefNode*>(to);
     if (!src || !dst) return;
-    const std::uint32_t flags = src->overrideFlags_;
-    dst->referenceName_ = src->referenceName_;
-    dst->nodeLoaded_ = src->nodeLoaded_;
-    dst->nodeLoadedAtCollect_ = src->nodeLoadedAtCollect_;
-    dst->overrideFlags_ = flags;
-    dst->nodeKind_ = src->nodeKind_;
-    if (flags & kNodeOverriddenName) dst->overriddenName_ = src->overriddenName_;
-    if (flags & kNodeGrouping) dst->groupFlags_ = src->groupFlags_;
-    if (flags & kNodeObjectOffset) dst->objectOffset_ = src->objectOffset_;
-    if (flags & kNodeSkinPose) dst->skinPose_ = src->skinPose_;
-    if (flags & kNodeWireColor) dst->wireColor_ = src->wireColor_;
+    const std::uint32_t flags = src->data_.overrideFlags;
+    dst->data_.referenceName = src->data_.referenceName;
+    dst->data_.nodeLoaded = src->data_.nodeLoaded;
+    dst->data_.nodeLoadedAtCollect = src->data_.nodeLoadedAtCollect;
+    dst->data_.overrideFlags = flags;
+    dst->data_.nodeKind = src->data_.nodeKind;
+    if (flags & kNodeOverriddenName) dst->data_.overriddenName = src->data_.overriddenName;
+    if (flags & kNodeGrouping) dst->data_.groupFlags = src->data_.groupFlags;
+    if (flags & kNodeObjectOffset) dst->data_.objectOffset = src->data_.objectOffset;
+    if (flags & kNodeSkinPose) dst->data_.skinPose = src->data_.skinPose;
+    if (flags & kNodeWireColor) dst->data_.wireColor = src->data_.wireColor;
     if (flags & (kNodeHidden | kNodeFrozen | kNodeDisplayProps)) {
-        dst->displayBits_ = src->displayBits_;
-        dst->displayValues_[0] = src->displayValues_[0];
-        dst->displayValues_[1] = src->displayValues_[1];
+        dst->data_.displayBits = src->data_.displayBits;
+        dst->data_.displayValues[0] = src->data_.displayValues[0];
+        dst->data_.displayValues[1] = src->data_.displayValues[1];
     }
-    if (flags & kNodeRenderProps) dst->renderProps_ = src->renderProps_;
-    if (flags & kNodeUserProps) dst->userProps_ = src->userProps_;
-    if (flags & kNodeBoneProps) dst->boneProps_ = src->boneProps_;
-    if (flags & kNodeTmLocks) dst->tmLocks_ = src->tmLocks_;
-    if (flags & kNodeSelectionSets) dst->selectionSets_ = src->selectionSets_;
-    dst->modCountsAtMerge_[0] = src->modCountsAtMerge_[0];
-    dst->modCountsAtMerge_[1] = src->modCountsAtMerge_[1];
+    if (flags & kNodeRenderProps) dst->data_.renderProps = src->data_.renderProps;
+    if (flags & kNodeUserProps) dst->data_.userProps = src->data_.userProps;
+    if (flags & kNodeBoneProps) dst->data_.boneProps = src->data_.boneProps;
+    if (flags & kNodeTmLocks) dst->data_.tmLocks = src->data_.tmLocks;
+    if (flags & kNodeSelectionSets) dst->data_.selectionSets = src->data_.selectionSets;
+    dst->data_.modCountsAtMerge[0] = src->data_.modCountsAtMerge[0];
+    dst->data_.modCountsAtMerge[1] = src->data_.modCountsAtMerge[1];
     src->cloneModifiersTo(dst);
     const vandrels::NodeRecordSlots slots = dst->Slots();
     if (flags & kNodeMaterial)
-        dst->ReplaceReference(slots.Material(), src->material_);
+        dst->ReplaceReference(slots.Material(), src->data_.material);
     else
-        dst->material_ = src->material_;
-    if (ReferenceTarget* parent = src->parent_) {
+        dst->data_.material = src->data_.material;
+    if (ReferenceTarget* parent = src->data_.parent) {
         if (parent->SuperClassID() == REFBASE_SUPER_CLASS_ID)
             remap.AddPostPatchProc(new ParentPatch(dst, slots.Parent(), parent), true);
         else
@@ -542,9 +542,9 @@ BaseInterface* RefNode::GetInterface(Interface_ID id) {
 ReferenceTarget* RefNode::ScriptGetRefAnimChecked(int index) { return GetRefAnim(index); }
 
 void RefNode::ScriptSetName(const MCHAR* name) {
-    referenceName_ = name ? MSTR(name) : MSTR();
+    data_.referenceName = name ? MSTR(name) : MSTR();
     INode* node = GetNode();
-    if (!node || (overrideFlags_ & kNodeOverriddenName)) return;
+    if (!node || (data_.overrideFlags & kNodeOverriddenName)) return;
     vandrels::OperationModeScope mode(vandrels::kModeRenaming);
-    node->SetName(Prefixed(GetNamePrefix(), referenceName_));
+    node->SetName(Prefixed(GetNamePrefix(), data_.referenceName));
 }

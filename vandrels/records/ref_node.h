@@ -5,7 +5,10 @@
 
 #include "geom.h"
 #include "records/node_state.h"
+#include "records/ref_node_state.h"
+#include "records/modifier_override_scope.h"
 #include "records/node_record_slots.h"
+#include "records/ref_node_flags.h"
 #include "records/ref_base.h"
 #include "records/ref_modifier.h"
 
@@ -16,57 +19,6 @@ class INode;
 class Mtl;
 class MAXException;
 struct NotifyInfo;
-
-// The override bits of a node record's flag word.
-enum RefNodeFlag : std::uint32_t {
-    kNodeLocalDependents = 0x1,
-    kNodeOverriddenName = 0x2,
-    kNodeNameWithoutPrefix = 0x4,
-    kNodeMaterial = 0x8,
-    kNodeModifiers = 0x10,
-    kNodeObjectSpaceReplaced = 0x20,
-    kNodeParent = 0x40,
-    kNodeChildren = 0x80,
-    kNodeGrouping = 0x100,
-    kNodeLayer = 0x200,
-    kNodeObjectOffset = 0x400,
-    kNodeSkinPose = 0x800,
-    kNodeWireColor = 0x1000,
-    kNodeHidden = 0x2000,
-    kNodeFrozen = 0x4000,
-    kNodeDisplayProps = 0x8000,
-    kNodeRenderProps = 0x10000,
-    kNodeUserProps = 0x20000,
-    kNodeBoneProps = 0x40000,
-    kNodeClothChanged = 0x80000,
-    kNodeTmLocks = 0x100000,
-    kNodeExclusionList = 0x200000,
-    kNodeObjectLocalDep = 0x400000,
-    kNodeSelectionSets = 0x800000,
-    kNodeExclusionMisc = 0x1000000,
-};
-
-// Node kinds a record computes from its node's object (besides the object's superclass: geometry 0x10, shapes
-// 0x40, lights 0x30, cameras 0x20, helpers 0x50, space warps 0x830).
-constexpr std::int32_t kNodeKindBone = 0x28BF6E8D;
-constexpr std::int32_t kNodeKindParticles = std::int32_t(0xFFFFFF03);
-
-class RefNode;
-
-// While a node record re-applies its modifier overrides during a load, the other node records hear the node
-// messages that the re-application causes; the modifier monitoring holds this scope for that time.
-class ModifierOverrideScope {
-public:
-    explicit ModifierOverrideScope(RefNode* applying);
-    ~ModifierOverrideScope();
-    ModifierOverrideScope(const ModifierOverrideScope&) = delete;
-    ModifierOverrideScope& operator=(const ModifierOverrideScope&) = delete;
-    // The record re-applying its modifier overrides, or null.
-    static RefNode* Applying();
-
-private:
-    RefNode* previous_;
-};
 
 class RefNode : public RefBase, public RefNodeInterface {
 public:
@@ -80,15 +32,15 @@ public:
     Class_ID ClassID() override { return REFNODE_CLASS_ID; }
 
     INode* GetNode();
-    const MSTR& GetName() const { return referenceName_; }
+    const MSTR& GetName() const { return data_.referenceName; }
     // 1 once a load bound the record to a merged node (cleared by the collect pass before saving).
-    int IsNodeLoaded() const { return nodeLoaded_; }
+    int IsNodeLoaded() const { return data_.nodeLoaded; }
     // Whether the node was present when the last collect began (what an unload or a duplicate works on).
-    int WasNodeLoadedAtCollect() const { return nodeLoadedAtCollect_; }
-    void SetName(const MSTR& name) { referenceName_ = name; }
-    std::uint32_t GetOverrideFlags() const { return overrideFlags_; }
+    int WasNodeLoadedAtCollect() const { return data_.nodeLoadedAtCollect; }
+    void SetName(const MSTR& name) { data_.referenceName = name; }
+    std::uint32_t GetOverrideFlags() const { return data_.overrideFlags; }
     // The local children the record keeps (nodes without records of their own attached under its node).
-    const Tab<INode*>& GetChildren() const { return children_; }
+    const Tab<INode*>& GetChildren() const { return data_.children; }
     // Sets the masked override bits, undoably while the host is holding.
     void SetOverrideFlags(std::uint32_t mask, std::uint32_t value);
 
@@ -110,15 +62,15 @@ public:
     MSTR GetTypeName() override;
 
     // The local values the record keeps for its categories.
-    std::uint8_t GetGroupFlags() const { return groupFlags_; }
-    ReferenceTarget* GetStoredParent() const { return parent_; }
-    ReferenceTarget* GetStoredLayer() const { return layer_; }
-    ReferenceTarget* GetLocalDependent() const { return localDependent_; }
-    const Tab<ReferenceTarget*>& GetExclusionLights() const { return exclusionLights_; }
-    const Tab<ReferenceTarget*>& GetExclusionOthers() const { return exclusionOthers_; }
-    const Tab<int>& GetExclusionModes() const { return exclusionModes_; }
-    const Tab<int>& GetSelectionSets() const { return selectionSets_; }
-    std::int32_t GetNodeKind() const { return nodeKind_; }
+    std::uint8_t GetGroupFlags() const { return data_.groupFlags; }
+    ReferenceTarget* GetStoredParent() const { return data_.parent; }
+    ReferenceTarget* GetStoredLayer() const { return data_.layer; }
+    ReferenceTarget* GetLocalDependent() const { return data_.localDependent; }
+    const Tab<ReferenceTarget*>& GetExclusionLights() const { return data_.exclusionLights; }
+    const Tab<ReferenceTarget*>& GetExclusionOthers() const { return data_.exclusionOthers; }
+    const Tab<int>& GetExclusionModes() const { return data_.exclusionModes; }
+    const Tab<int>& GetSelectionSets() const { return data_.selectionSets; }
+    std::int32_t GetNodeKind() const { return data_.nodeKind; }
     // The helper notes the named selection sets holding the node before a save (sets bit 0x800000).
     void AddSelectionSet(int setIndex);
     // The node's set memberships need no restoring (it stayed in its sets): the list is emptied and bit 0x800000
@@ -150,8 +102,8 @@ public:
     // then the object-space mirror, exclusion lights, local dependent and the other exclusion items.
     // The record's reference slots, in the layout of node_record_slots.h.
     vandrels::NodeRecordSlots Slots() const {
-        return vandrels::NodeRecordSlots({NumBaseRefs(), children_.Count(), wsMods_.Count(), osMods_.Count(),
-                                          exclusionLights_.Count(), exclusionOthers_.Count()});
+        return vandrels::NodeRecordSlots({NumBaseRefs(), data_.children.Count(), data_.wsMods.Count(), data_.osMods.Count(),
+                                          data_.exclusionLights.Count(), data_.exclusionOthers.Count()});
     }
     int NumRefs() override;
     RefTargetHandle GetReference(int i) override;
@@ -179,18 +131,15 @@ public:
     // RefNodeInterface
     int ScriptNumRefAnims() override { return NumRefAnims(); }
     ReferenceTarget* ScriptGetRefAnimChecked(int index) override;
-    MSTR ScriptGetName() override { return referenceName_; }
+    MSTR ScriptGetName() override { return data_.referenceName; }
     // Sets the reference name and renames a present node that carries no local name.
     void ScriptSetName(const MCHAR* name) override;
 
     // Work lists of the exclusion-list scans (records/exclusion_lists.h): the lights, and the other items with
     // the index of their node list, whose lists name this record's node; a collect compares and empties them.
-    struct ScratchExclusion {
-        ReferenceTarget* item;
-        int listIndex;
-    };
-    Tab<ReferenceTarget*>& ScratchLights() { return scratchLights_; }
-    Tab<ScratchExclusion>& ScratchOthers() { return scratchOthers_; }
+    using ScratchExclusion = RefNodeScratchExclusion;
+    Tab<ReferenceTarget*>& ScratchLights() { return data_.scratchLights; }
+    Tab<ScratchExclusion>& ScratchOthers() { return data_.scratchOthers; }
 
 protected:
     IOResult LoadChunk(ILoad* iload) override;
@@ -202,7 +151,7 @@ private:
     std::int32_t computeNodeKind(INode* node);
     // Sets the masked bits without an undo record (collect's list refreshes, wire colour, display messages).
     void setFlagsSilently(std::uint32_t mask, std::uint32_t value) {
-        overrideFlags_ = (overrideFlags_ & ~mask) | (value & mask);
+        data_.overrideFlags = (data_.overrideFlags & ~mask) | (value & mask);
     }
     void setDisplayProps(const NodeDisplayProps& display);
     NodeDisplayProps displayProps() const;
@@ -257,7 +206,7 @@ private:
     void runInErrorFrame(const MCHAR* words, const MCHAR* unknownWords, const std::function<void()>& op);
     // The slot of the position-th entry of list (the world-space or the object-space mirror).
     int modSlot(const Tab<RefModifier*>& list, int position) const {
-        return &list == &wsMods_ ? Slots().WorldSpaceModifier(position) : Slots().ObjectSpaceModifier(position);
+        return &list == &data_.wsMods ? Slots().WorldSpaceModifier(position) : Slots().ObjectSpaceModifier(position);
     }
     // Appends entry to list (the world-space or object-space mirror) and references its modifier.
     void appendModEntry(Tab<RefModifier*>& list, RefModifier* entry, ReferenceTarget* mod);
@@ -269,42 +218,5 @@ private:
     IOResult loadModifierChunk(ILoad* iload, bool& taken);
     void cloneModifiersTo(RefNode* dst);
 
-    int step_ = 0;  // the string id of the step word in force, or 0 (the string buffer is shared: no pointer)
-
-    MSTR referenceName_;
-    std::int32_t nodeLoaded_ = 0;
-    std::int32_t nodeLoadedAtCollect_ = 0;
-    std::uint32_t overrideFlags_ = 0;
-    MSTR overriddenName_;
-    Mtl* material_ = nullptr;
-    ReferenceTarget* parent_ = nullptr;
-    Tab<INode*> children_;
-    std::uint8_t groupFlags_ = 0;
-    ReferenceTarget* layer_ = nullptr;
-    NodeObjectOffset objectOffset_;
-    NodeSkinPose skinPose_;
-    std::uint32_t wireColor_ = 0;
-    std::uint16_t displayBits_ = 0;
-    std::uint8_t displayValues_[2] = {};
-    NodeRenderProps renderProps_;
-    MSTR userProps_;
-    NodeBoneProps boneProps_;
-    std::uint16_t tmLocks_ = 0;
-    Tab<ReferenceTarget*> exclusionLights_;
-    Tab<ReferenceTarget*> scratchLights_;
-    ReferenceTarget* localDependent_ = nullptr;
-    std::int32_t nodeKind_ = 0;
-    Tab<int> selectionSets_;
-    Tab<ReferenceTarget*> exclusionOthers_;
-    Tab<int> exclusionModes_;
-    Tab<ScratchExclusion> scratchOthers_;
-    INode* placeholderFor_ = nullptr;
-    Tab<RefModifier*> osMods_;
-    Tab<RefModifier*> wsMods_;
-    Tab<ModDeleted*> deletedMods_;
-    Tab<ModChangedName*> renamedMods_;
-    Tab<ModChangedToggles*> toggledMods_;
-    int modLoadCursor_[5] = {};  // next position that a loaded entry chunk fills, per list
-    std::int32_t modCountsAtMerge_[2] = {0, 0};
-    int notificationsRegistered_ = 0;
+    RefNodeState data_;
 };

@@ -18,66 +18,66 @@ bool IsDerived(Object* obj) { return obj && obj->SuperClassID() == kDerivedObjec
 
 void RefNode::detectCollectedValues(INode* node) {
     const NodeObjectOffset offset = nodestate::ReadObjectOffset(node);
-    if (!(overrideFlags_ & kNodeObjectOffset) && nodestate::OffsetsDiffer(offset, objectOffset_))
+    if (!(data_.overrideFlags & kNodeObjectOffset) && nodestate::OffsetsDiffer(offset, data_.objectOffset))
         SetOverrideFlags(kNodeObjectOffset, kNodeObjectOffset);
-    objectOffset_ = offset;
+    data_.objectOffset = offset;
 
     const NodeSkinPose pose = nodestate::ReadSkinPose(node);
-    if (!(overrideFlags_ & kNodeSkinPose) && nodestate::SkinPosesDiffer(skinPose_, pose))
+    if (!(data_.overrideFlags & kNodeSkinPose) && nodestate::SkinPosesDiffer(data_.skinPose, pose))
         SetOverrideFlags(kNodeSkinPose, kNodeSkinPose);
-    skinPose_ = pose;
+    data_.skinPose = pose;
 
     MSTR props;
     node->GetUserPropBuffer(props);
-    if (!(overrideFlags_ & kNodeUserProps) && props != userProps_) SetOverrideFlags(kNodeUserProps, kNodeUserProps);
-    userProps_ = props;
+    if (!(data_.overrideFlags & kNodeUserProps) && props != data_.userProps) SetOverrideFlags(kNodeUserProps, kNodeUserProps);
+    data_.userProps = props;
 
     const std::uint16_t locks = nodestate::ReadTmLocks(node);
-    if (!(overrideFlags_ & kNodeTmLocks) && locks != tmLocks_) SetOverrideFlags(kNodeTmLocks, kNodeTmLocks);
-    tmLocks_ = locks;
+    if (!(data_.overrideFlags & kNodeTmLocks) && locks != data_.tmLocks) SetOverrideFlags(kNodeTmLocks, kNodeTmLocks);
+    data_.tmLocks = locks;
 }
 
 void RefNode::refreshExclusionLights() {
-    for (int i = exclusionLights_.Count() - 1; i >= 0; --i)
-        if (!exclusionLights_[i]) exclusionLights_.Delete(i, 1);
-    const std::unordered_set<ReferenceTarget*> scanned(scratchLights_.begin(), scratchLights_.end());
-    for (int i = exclusionLights_.Count() - 1; i >= 0; --i)
-        if (!scanned.count(exclusionLights_[i])) removeExclusionLight(i);
-    std::unordered_set<ReferenceTarget*> listed(exclusionLights_.begin(), exclusionLights_.end());
-    for (ReferenceTarget* light : scratchLights_)
+    for (int i = data_.exclusionLights.Count() - 1; i >= 0; --i)
+        if (!data_.exclusionLights[i]) data_.exclusionLights.Delete(i, 1);
+    const std::unordered_set<ReferenceTarget*> scanned(data_.scratchLights.begin(), data_.scratchLights.end());
+    for (int i = data_.exclusionLights.Count() - 1; i >= 0; --i)
+        if (!scanned.count(data_.exclusionLights[i])) removeExclusionLight(i);
+    std::unordered_set<ReferenceTarget*> listed(data_.exclusionLights.begin(), data_.exclusionLights.end());
+    for (ReferenceTarget* light : data_.scratchLights)
         if (light && listed.insert(light).second) appendExclusionLight(light);
-    scratchLights_.ZeroCount();
-    setFlagsSilently(kNodeExclusionList, exclusionLights_.Count() ? std::uint32_t(kNodeExclusionList) : 0u);
+    data_.scratchLights.ZeroCount();
+    setFlagsSilently(kNodeExclusionList, data_.exclusionLights.Count() ? std::uint32_t(kNodeExclusionList) : 0u);
 }
 
 void RefNode::refreshExclusionOthers() {
-    for (int i = exclusionOthers_.Count() - 1; i >= 0; --i)
-        if (!exclusionOthers_[i]) {
-            exclusionOthers_.Delete(i, 1);
-            if (i < exclusionModes_.Count()) exclusionModes_.Delete(i, 1);
+    for (int i = data_.exclusionOthers.Count() - 1; i >= 0; --i)
+        if (!data_.exclusionOthers[i]) {
+            data_.exclusionOthers.Delete(i, 1);
+            if (i < data_.exclusionModes.Count()) data_.exclusionModes.Delete(i, 1);
         }
-    exclusionModes_.SetCount(exclusionOthers_.Count());
+    data_.exclusionModes.SetCount(data_.exclusionOthers.Count());
     auto same = [](ReferenceTarget* item, int index, const ScratchExclusion& entry) {
         return entry.item == item && entry.listIndex == index;
     };
-    for (int i = exclusionOthers_.Count() - 1; i >= 0; --i) {
+    for (int i = data_.exclusionOthers.Count() - 1; i >= 0; --i) {
         bool scanned = false;
-        for (const ScratchExclusion& entry : scratchOthers_) scanned = scanned || same(exclusionOthers_[i], exclusionModes_[i], entry);
+        for (const ScratchExclusion& entry : data_.scratchOthers) scanned = scanned || same(data_.exclusionOthers[i], data_.exclusionModes[i], entry);
         if (!scanned) removeExclusionOther(i);
     }
-    for (const ScratchExclusion& entry : scratchOthers_) {
+    for (const ScratchExclusion& entry : data_.scratchOthers) {
         if (!entry.item) continue;
         bool listed = false;
-        for (int i = 0; i < exclusionOthers_.Count() && !listed; ++i)
-            listed = same(exclusionOthers_[i], exclusionModes_[i], entry);
+        for (int i = 0; i < data_.exclusionOthers.Count() && !listed; ++i)
+            listed = same(data_.exclusionOthers[i], data_.exclusionModes[i], entry);
         if (!listed) appendExclusionOther(entry.item, entry.listIndex);
     }
-    scratchOthers_.ZeroCount();
-    setFlagsSilently(kNodeExclusionMisc, exclusionOthers_.Count() ? std::uint32_t(kNodeExclusionMisc) : 0u);
+    data_.scratchOthers.ZeroCount();
+    setFlagsSilently(kNodeExclusionMisc, data_.exclusionOthers.Count() ? std::uint32_t(kNodeExclusionMisc) : 0u);
 }
 
 void RefNode::refreshLocalDependent(INode* node) {
-    if (overrideFlags_ & kNodeObjectSpaceReplaced) return;
+    if (data_.overrideFlags & kNodeObjectSpaceReplaced) return;
     Object* found = nullptr;
     for (Object* obj = node->GetObjectRef(); obj && !found;) {
         if (HasLocalDependents(obj)) found = obj;
@@ -85,23 +85,23 @@ void RefNode::refreshLocalDependent(INode* node) {
     }
     UndoBypass bypass;
     if (found) {
-        if (localDependent_ != found) ReplaceReference(Slots().LocalDependent(), found);
+        if (data_.localDependent != found) ReplaceReference(Slots().LocalDependent(), found);
         setFlagsSilently(kNodeObjectLocalDep, kNodeObjectLocalDep);
     } else {
         setFlagsSilently(kNodeObjectLocalDep, 0);
-        if (localDependent_) DeleteReference(Slots().LocalDependent());
+        if (data_.localDependent) DeleteReference(Slots().LocalDependent());
     }
 }
 
 void RefNode::recomputeLocalDependentsBit(INode* node) {
     bool local;
-    if (overrideFlags_ & kNodeClothChanged) {
+    if (data_.overrideFlags & kNodeClothChanged) {
         local = true;
     } else {
         // A local parent node (not a referenced one, which is held through its record) that heads a group.
         INode* parent = nullptr;
-        if ((overrideFlags_ & kNodeParent) && parent_ && parent_->SuperClassID() == BASENODE_CLASS_ID)
-            parent = static_cast<INode*>(parent_);
+        if ((data_.overrideFlags & kNodeParent) && data_.parent && data_.parent->SuperClassID() == BASENODE_CLASS_ID)
+            parent = static_cast<INode*>(data_.parent);
         local = (parent && nodestate::QueryGroupState(parent, kGroupHeadBit)) || HasLocalDependents(node);
     }
     setFlagsSilently(kNodeLocalDependents, local ? std::uint32_t(kNodeLocalDependents) : 0u);

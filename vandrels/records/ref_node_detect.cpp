@@ -37,8 +37,8 @@ RefResult RefNode::NotifyRefChanged(const Interval& changeInt, RefTargetHandle h
             NotifyDependents(FOREVER, 0, nodemsg::kDependentChanged);
             return REF_STOP;
         }
-        if (message == nodemsg::kParentReapply && hTarget && hTarget == parent_) {
-            if ((overrideFlags_ & kNodeParent) && node) overrideParent(node);
+        if (message == nodemsg::kParentReapply && hTarget && hTarget == data_.parent) {
+            if ((data_.overrideFlags & kNodeParent) && node) overrideParent(node);
             return REF_STOP;
         }
         // The node messages of another record's modifier re-application are heard as when idle.
@@ -71,9 +71,9 @@ RefResult RefNode::NotifyRefChanged(const Interval& changeInt, RefTargetHandle h
     }
     // A stored child: it went to another parent, or a helper adopted it as a referenced node.
     if (hTarget->SuperClassID() != BASENODE_CLASS_ID) return REF_STOP;
-    const int position = children_.IndexOf(static_cast<INode*>(hTarget));
+    const int position = data_.children.IndexOf(static_cast<INode*>(hTarget));
     if (position < 0) return REF_STOP;
-    INode* child = children_[position];
+    INode* child = data_.children[position];
     if (message == nodemsg::kParentChanged && child->GetParentNode() != node) removeChild(position);
     else if (message == nodemsg::kNodeAdopted && FindNodeRecord(child)) removeChild(position);
     return REF_STOP;
@@ -88,9 +88,9 @@ void RefNode::onOwnNodeMessage(INode* node, PartID& partID, RefMessage message) 
             onChildAttached(reinterpret_cast<INode*>(partID));
             return;
         case nodemsg::kGroupChanged:
-            if (overrideFlags_ & kNodeChildren) return;
+            if (data_.overrideFlags & kNodeChildren) return;
             SetOverrideFlags(kNodeGrouping, kNodeGrouping);
-            groupFlags_ = nodestate::ReadGroupFlags(node);
+            data_.groupFlags = nodestate::ReadGroupFlags(node);
             return;
         case nodemsg::kLayerChanged:
             onLayerChanged(node);
@@ -106,17 +106,17 @@ void RefNode::onOwnNodeMessage(INode* node, PartID& partID, RefMessage message) 
             return;
         case nodemsg::kUserPropsChanged:
             SetOverrideFlags(kNodeUserProps, kNodeUserProps);
-            node->GetUserPropBuffer(userProps_);
+            node->GetUserPropBuffer(data_.userProps);
             return;
         case nodemsg::kBoneChanged:
             SetOverrideFlags(kNodeBoneProps, kNodeBoneProps);
-            boneProps_ = nodestate::ReadBone(node);
+            data_.boneProps = nodestate::ReadBone(node);
             return;
         case nodemsg::kMaterial: {
             Mtl* mtl = node->GetMtl();
-            if (mtl == material_) return;
-            if (!(overrideFlags_ & kNodeMaterial)) {
-                material_ = nullptr;  // the baseline was no reference
+            if (mtl == data_.material) return;
+            if (!(data_.overrideFlags & kNodeMaterial)) {
+                data_.material = nullptr;  // the baseline was no reference
                 SetOverrideFlags(kNodeMaterial, kNodeMaterial);
             }
             setMaterialRef(mtl);
@@ -124,8 +124,8 @@ void RefNode::onOwnNodeMessage(INode* node, PartID& partID, RefMessage message) 
         }
         case nodemsg::kWireColor: {
             const DWORD color = node->GetWireColor();
-            if (color != wireColor_) setFlagsSilently(kNodeWireColor, kNodeWireColor);
-            wireColor_ = color;
+            if (color != data_.wireColor) setFlagsSilently(kNodeWireColor, kNodeWireColor);
+            data_.wireColor = color;
             return;
         }
         case nodemsg::kDisplay:
@@ -158,7 +158,7 @@ void RefNode::onParentChanged(INode* node) {
 void RefNode::onChildAttached(INode* child) {
     SetOverrideFlags(kNodeChildren, kNodeChildren);
     // A referenced child comes back under this node by itself; only local children are kept.
-    if (!child || FindNodeRecord(child) || children_.IndexOf(child) >= 0) return;
+    if (!child || FindNodeRecord(child) || data_.children.IndexOf(child) >= 0) return;
     appendChild(child);
 }
 
@@ -177,21 +177,21 @@ void RefNode::onLayerChanged(INode* node) {
 
 void RefNode::onRenderMessage(INode* node) {
     const NodeRenderProps live = nodestate::ReadRender(node);
-    if (!(overrideFlags_ & kNodeRenderProps) && nodestate::RenderDiffers(live, renderProps_))
+    if (!(data_.overrideFlags & kNodeRenderProps) && nodestate::RenderDiffers(live, data_.renderProps))
         SetOverrideFlags(kNodeRenderProps, kNodeRenderProps);
-    renderProps_ = live;
+    data_.renderProps = live;
 }
 
 void RefNode::onDisplayMessage(INode* node, PartID part) {
     if (part & nodemsg::kPartHidden) {
         const std::uint16_t hidden = node->IsHidden() ? kDisplayHiddenBit : 0;
-        if ((displayBits_ & kDisplayHiddenBit) != hidden) SetOverrideFlags(kNodeHidden, kNodeHidden);
-        displayBits_ = std::uint16_t((displayBits_ & ~kDisplayHiddenBit) | hidden);
+        if ((data_.displayBits & kDisplayHiddenBit) != hidden) SetOverrideFlags(kNodeHidden, kNodeHidden);
+        data_.displayBits = std::uint16_t((data_.displayBits & ~kDisplayHiddenBit) | hidden);
     }
     if (part & nodemsg::kPartFrozen) {
         const std::uint16_t frozen = node->IsFrozen() ? kDisplayFrozenBit : 0;
-        if ((displayBits_ & kDisplayFrozenBit) != frozen) SetOverrideFlags(kNodeFrozen, kNodeFrozen);
-        displayBits_ = std::uint16_t((displayBits_ & ~kDisplayFrozenBit) | frozen);
+        if ((data_.displayBits & kDisplayFrozenBit) != frozen) SetOverrideFlags(kNodeFrozen, kNodeFrozen);
+        data_.displayBits = std::uint16_t((data_.displayBits & ~kDisplayFrozenBit) | frozen);
     }
     if (part & (nodemsg::kPartHidden | nodemsg::kPartFrozen)) return;
     const NodeDisplayProps live = nodestate::ReadDisplay(node);

@@ -175,20 +175,20 @@ template <class T> IOResult ReadListCount(ILoad* iload, Tab<T*>& list) {
 }  // namespace
 
 IOResult RefNode::Save(ISave* isave) {
-    const std::uint32_t f = overrideFlags_;
+    const std::uint32_t f = data_.overrideFlags;
     if (SaveFormatChunk(isave) != IO_OK) return IO_ERROR;
-    if (chunkio::SaveValueChunk(isave, kNodeLoadedChunk, nodeLoaded_) != IO_OK) return IO_ERROR;
-    if (SaveText(isave, kReferenceNameChunk, referenceName_) != IO_OK) return IO_ERROR;
+    if (chunkio::SaveValueChunk(isave, kNodeLoadedChunk, data_.nodeLoaded) != IO_OK) return IO_ERROR;
+    if (SaveText(isave, kReferenceNameChunk, data_.referenceName) != IO_OK) return IO_ERROR;
     if (chunkio::SaveValueChunk(isave, kFlagsChunk, f) != IO_OK) return IO_ERROR;
-    if ((f & kNodeOverriddenName) && SaveText(isave, kOverriddenNameChunk, overriddenName_) != IO_OK)
+    if ((f & kNodeOverriddenName) && SaveText(isave, kOverriddenNameChunk, data_.overriddenName) != IO_OK)
         return IO_ERROR;
-    if (children_.Count() &&
-        chunkio::SaveValueChunk(isave, kChildrenCountChunk, std::int32_t(children_.Count())) != IO_OK)
+    if (data_.children.Count() &&
+        chunkio::SaveValueChunk(isave, kChildrenCountChunk, std::int32_t(data_.children.Count())) != IO_OK)
         return IO_ERROR;
-    if ((f & kNodeGrouping) && chunkio::SaveValueChunk(isave, kGroupFlagsChunk, groupFlags_) != IO_OK)
+    if ((f & kNodeGrouping) && chunkio::SaveValueChunk(isave, kGroupFlagsChunk, data_.groupFlags) != IO_OK)
         return IO_ERROR;
     if (f & kNodeObjectOffset) {
-        const NodeObjectOffset& o = objectOffset_;
+        const NodeObjectOffset& o = data_.objectOffset;
         Payload p;
         p.Add(o.pos.x).Add(o.pos.y).Add(o.pos.z).Add(o.rot.x).Add(o.rot.y).Add(o.rot.z).Add(o.rot.w);
         p.Add(o.scale.s.x).Add(o.scale.s.y).Add(o.scale.s.z);
@@ -196,7 +196,7 @@ IOResult RefNode::Save(ISave* isave) {
         if (p.Save(isave, kObjectOffsetChunk) != IO_OK) return IO_ERROR;
     }
     if (f & kNodeSkinPose) {
-        const NodeSkinPose& k = skinPose_;
+        const NodeSkinPose& k = data_.skinPose;
         Payload p;
         p.Add(k.pos.x).Add(k.pos.y).Add(k.pos.z);
         for (float v : k.rot.value) p.Add(v);
@@ -205,59 +205,59 @@ IOResult RefNode::Save(ISave* isave) {
         p.Add(k.scale.q.x).Add(k.scale.q.y).Add(k.scale.q.z).Add(k.scale.q.w);
         if (p.Save(isave, kSkinPoseChunk) != IO_OK) return IO_ERROR;
     }
-    if ((f & kNodeWireColor) && chunkio::SaveValueChunk(isave, kWireColorChunk, wireColor_) != IO_OK)
+    if ((f & kNodeWireColor) && chunkio::SaveValueChunk(isave, kWireColorChunk, data_.wireColor) != IO_OK)
         return IO_ERROR;
     if (f & (kNodeHidden | kNodeFrozen | kNodeDisplayProps)) {
         Payload p;
-        p.Add(displayBits_).Add(displayValues_[0]).Add(displayValues_[1]);
+        p.Add(data_.displayBits).Add(data_.displayValues[0]).Add(data_.displayValues[1]);
         if (p.Save(isave, kDisplayChunk) != IO_OK) return IO_ERROR;
     }
     if (f & kNodeRenderProps) {
         Payload p;
-        p.Add(renderProps_.flags).AddBytes(renderProps_.values, 20).AddBytes(renderProps_.extra, 36);
+        p.Add(data_.renderProps.flags).AddBytes(data_.renderProps.values, 20).AddBytes(data_.renderProps.extra, 36);
         if (p.Save(isave, kRenderPropsChunk) != IO_OK) return IO_ERROR;
     }
-    if ((f & kNodeUserProps) && SaveText(isave, kUserPropsChunk, userProps_) != IO_OK) return IO_ERROR;
+    if ((f & kNodeUserProps) && SaveText(isave, kUserPropsChunk, data_.userProps) != IO_OK) return IO_ERROR;
     if (f & kNodeBoneProps) {
         Payload p;
-        p.Add(boneProps_.flags).Add(boneProps_.settings[0]).Add(boneProps_.settings[1]);
+        p.Add(data_.boneProps.flags).Add(data_.boneProps.settings[0]).Add(data_.boneProps.settings[1]);
         if (p.Save(isave, kBonePropsChunk) != IO_OK) return IO_ERROR;
     }
-    if ((f & kNodeTmLocks) && chunkio::SaveValueChunk(isave, kTmLocksChunk, tmLocks_) != IO_OK) return IO_ERROR;
+    if ((f & kNodeTmLocks) && chunkio::SaveValueChunk(isave, kTmLocksChunk, data_.tmLocks) != IO_OK) return IO_ERROR;
     if (RecordOwner* helper = GetHelper(); helper && helper->GetPersistRef()) {
         Payload p;
-        p.Add(modCountsAtMerge_[0]).Add(modCountsAtMerge_[1]);
+        p.Add(data_.modCountsAtMerge[0]).Add(data_.modCountsAtMerge[1]);
         if (p.Save(isave, kModCountsChunk) != IO_OK) return IO_ERROR;
     }
     if (saveModifierChunks(isave) != IO_OK) return IO_ERROR;
-    if (chunkio::SaveValueChunk(isave, kExclusionLightsChunk, std::int32_t(exclusionLights_.Count())) != IO_OK)
+    if (chunkio::SaveValueChunk(isave, kExclusionLightsChunk, std::int32_t(data_.exclusionLights.Count())) != IO_OK)
         return IO_ERROR;
     if (SaveRefAnimCountChunk(isave) != IO_OK) return IO_ERROR;
-    if (chunkio::SaveValueChunk(isave, kNodeKindChunk, nodeKind_) != IO_OK) return IO_ERROR;
+    if (chunkio::SaveValueChunk(isave, kNodeKindChunk, data_.nodeKind) != IO_OK) return IO_ERROR;
     if (f & kNodeSelectionSets) {
         Payload p;
-        p.Add(std::int32_t(selectionSets_.Count()));
-        for (int set : selectionSets_) p.Add(std::int32_t(set));
+        p.Add(std::int32_t(data_.selectionSets.Count()));
+        for (int set : data_.selectionSets) p.Add(std::int32_t(set));
         if (p.Save(isave, kSelectionSetsChunk) != IO_OK) return IO_ERROR;
     }
     // The mode list follows the item list, new entries 0.
-    const int others = exclusionOthers_.Count();
-    const int known = exclusionModes_.Count();
-    exclusionModes_.SetCount(others);
-    for (int k = known; k < others; ++k) exclusionModes_[k] = 0;
+    const int others = data_.exclusionOthers.Count();
+    const int known = data_.exclusionModes.Count();
+    data_.exclusionModes.SetCount(others);
+    for (int k = known; k < others; ++k) data_.exclusionModes[k] = 0;
     Payload p;
     p.Add(std::int32_t(others));
-    for (int mode : exclusionModes_) p.Add(std::int32_t(mode));
+    for (int mode : data_.exclusionModes) p.Add(std::int32_t(mode));
     return p.Save(isave, kExclusionOthersChunk);
 }
 
 IOResult RefNode::Load(ILoad* iload) {
-    for (int& cursor : modLoadCursor_) cursor = 0;
+    for (int& cursor : data_.modLoadCursor) cursor = 0;
     const IOResult res = RefBase::Load(iload);
     if (res != IO_OK) {
         ClearRefAnimSlots();
-        dropModEntries(wsMods_);
-        dropModEntries(osMods_);
+        dropModEntries(data_.wsMods);
+        dropModEntries(data_.osMods);
         freeModLists();
     }
     return res;
@@ -284,8 +284,8 @@ IOResult RefNode::saveModifierChunks(ISave* isave) {
         }
         return IO_OK;
     };
-    if (saveMirror(wsMods_, kWsModsCountChunk, kWsModChunk, kWsModEmptyChunk) != IO_OK) return IO_ERROR;
-    if (saveMirror(osMods_, kOsModsCountChunk, kOsModChunk, kOsModEmptyChunk) != IO_OK) return IO_ERROR;
+    if (saveMirror(data_.wsMods, kWsModsCountChunk, kWsModChunk, kWsModEmptyChunk) != IO_OK) return IO_ERROR;
+    if (saveMirror(data_.osMods, kOsModsCountChunk, kOsModChunk, kOsModEmptyChunk) != IO_OK) return IO_ERROR;
 
     auto saveChanges = [&](const auto& list, USHORT countId, auto saveEntry) {
         if (!list.Count()) return IO_OK;
@@ -294,16 +294,16 @@ IOResult RefNode::saveModifierChunks(ISave* isave) {
             if (entry && saveEntry(*entry) != IO_OK) return IO_ERROR;
         return IO_OK;
     };
-    if (saveChanges(deletedMods_, kDeletedCountChunk, [&](const ModDeleted& e) {
+    if (saveChanges(data_.deletedMods, kDeletedCountChunk, [&](const ModDeleted& e) {
             return SaveChangeEntry(isave, kDeletedChunk, e.name, e.index, [] { return IO_OK; });
         }) != IO_OK)
         return IO_ERROR;
-    if (saveChanges(renamedMods_, kRenamedCountChunk, [&](const ModChangedName& e) {
+    if (saveChanges(data_.renamedMods, kRenamedCountChunk, [&](const ModChangedName& e) {
             return SaveChangeEntry(isave, kRenamedChunk, e.name, e.index,
                                    [&] { return SaveText(isave, kEntryThirdChunk, e.newName); });
         }) != IO_OK)
         return IO_ERROR;
-    return saveChanges(toggledMods_, kToggledCountChunk, [&](const ModChangedToggles& e) {
+    return saveChanges(data_.toggledMods, kToggledCountChunk, [&](const ModChangedToggles& e) {
         return SaveChangeEntry(isave, kToggledChunk, e.name, e.index,
                                [&] { return chunkio::SaveValueChunk(isave, kEntryThirdChunk, e.toggles); });
     });
@@ -313,10 +313,10 @@ IOResult RefNode::loadModifierChunk(ILoad* iload, bool& taken) {
     taken = true;
     const USHORT id = iload->CurChunkID();
     switch (id) {
-    case kWsModsCountChunk: return ReadListCount(iload, wsMods_);
-    case kOsModsCountChunk: return ReadListCount(iload, osMods_);
-    case kWsModEmptyChunk: PlaceEntry<RefModifier>(wsMods_, modLoadCursor_[0], nullptr); return IO_OK;
-    case kOsModEmptyChunk: PlaceEntry<RefModifier>(osMods_, modLoadCursor_[1], nullptr); return IO_OK;
+    case kWsModsCountChunk: return ReadListCount(iload, data_.wsMods);
+    case kOsModsCountChunk: return ReadListCount(iload, data_.osMods);
+    case kWsModEmptyChunk: PlaceEntry<RefModifier>(data_.wsMods, data_.modLoadCursor[0], nullptr); return IO_OK;
+    case kOsModEmptyChunk: PlaceEntry<RefModifier>(data_.osMods, data_.modLoadCursor[1], nullptr); return IO_OK;
     case kWsModChunk:
     case kOsModChunk: {
         // The toggles are not stored: they are read from the modifier when the host restores it.
@@ -344,14 +344,14 @@ IOResult RefNode::loadModifierChunk(ILoad* iload, bool& taken) {
         if (res != IO_OK) return res;
         if (entry->state == kModBoundary) entry->toggles = 0;
         if (id == kWsModChunk)
-            PlaceEntry(wsMods_, modLoadCursor_[0], entry.release());
+            PlaceEntry(data_.wsMods, data_.modLoadCursor[0], entry.release());
         else
-            PlaceEntry(osMods_, modLoadCursor_[1], entry.release());
+            PlaceEntry(data_.osMods, data_.modLoadCursor[1], entry.release());
         return IO_OK;
     }
-    case kDeletedCountChunk: return ReadListCount(iload, deletedMods_);
-    case kRenamedCountChunk: return ReadListCount(iload, renamedMods_);
-    case kToggledCountChunk: return ReadListCount(iload, toggledMods_);
+    case kDeletedCountChunk: return ReadListCount(iload, data_.deletedMods);
+    case kRenamedCountChunk: return ReadListCount(iload, data_.renamedMods);
+    case kToggledCountChunk: return ReadListCount(iload, data_.toggledMods);
     case kDeletedChunk: {
         auto entry = std::make_unique<ModDeleted>();
         const IOResult res = ReadEntryFields(iload, [&](USHORT field) {
@@ -359,7 +359,7 @@ IOResult RefNode::loadModifierChunk(ILoad* iload, bool& taken) {
             if (field == kEntrySecondChunk) return chunkio::ReadValue(iload, entry->index);
             return IO_OK;
         });
-        if (res == IO_OK) PlaceEntry(deletedMods_, modLoadCursor_[2], entry.release());
+        if (res == IO_OK) PlaceEntry(data_.deletedMods, data_.modLoadCursor[2], entry.release());
         return res;
     }
     case kRenamedChunk: {
@@ -370,7 +370,7 @@ IOResult RefNode::loadModifierChunk(ILoad* iload, bool& taken) {
             if (field == kEntryThirdChunk) return iload->ReadWStringChunk(entry->newName);
             return IO_OK;
         });
-        if (res == IO_OK) PlaceEntry(renamedMods_, modLoadCursor_[3], entry.release());
+        if (res == IO_OK) PlaceEntry(data_.renamedMods, data_.modLoadCursor[3], entry.release());
         return res;
     }
     case kToggledChunk: {
@@ -381,7 +381,7 @@ IOResult RefNode::loadModifierChunk(ILoad* iload, bool& taken) {
             if (field == kEntryThirdChunk) return chunkio::ReadValue(iload, entry->toggles);
             return IO_OK;
         });
-        if (res == IO_OK) PlaceEntry(toggledMods_, modLoadCursor_[4], entry.release());
+        if (res == IO_OK) PlaceEntry(data_.toggledMods, data_.modLoadCursor[4], entry.release());
         return res;
     }
     default: taken = false; return IO_OK;
@@ -390,23 +390,23 @@ IOResult RefNode::loadModifierChunk(ILoad* iload, bool& taken) {
 
 IOResult RefNode::LoadChunk(ILoad* iload) {
     switch (iload->CurChunkID()) {
-    case kNodeLoadedChunk: return chunkio::ReadValue(iload, nodeLoaded_);
-    case kReferenceNameChunk: return iload->ReadWStringChunk(referenceName_);
-    case kFlagsChunk: return chunkio::ReadValue(iload, overrideFlags_);
-    case kOverriddenNameChunk: return iload->ReadWStringChunk(overriddenName_);
+    case kNodeLoadedChunk: return chunkio::ReadValue(iload, data_.nodeLoaded);
+    case kReferenceNameChunk: return iload->ReadWStringChunk(data_.referenceName);
+    case kFlagsChunk: return chunkio::ReadValue(iload, data_.overrideFlags);
+    case kOverriddenNameChunk: return iload->ReadWStringChunk(data_.overriddenName);
     case kChildrenCountChunk: {
         std::int32_t count = 0;
         const IOResult res = ReadCount(iload, count);
-        if (res == IO_OK) SizeWithNulls(children_, count);
+        if (res == IO_OK) SizeWithNulls(data_.children, count);
         return res;
     }
-    case kGroupFlagsChunk: return chunkio::ReadValue(iload, groupFlags_);
+    case kGroupFlagsChunk: return chunkio::ReadValue(iload, data_.groupFlags);
     case kObjectOffsetChunk: {
         NodeObjectOffset o;
         IOResult res = ReadPoint(iload, o.pos);
         if (res == IO_OK) res = ReadQuat(iload, o.rot);
         if (res == IO_OK) res = ReadScale(iload, o.scale);
-        if (res == IO_OK) objectOffset_ = o;
+        if (res == IO_OK) data_.objectOffset = o;
         return res;
     }
     case kSkinPoseChunk: {
@@ -415,43 +415,43 @@ IOResult RefNode::LoadChunk(ILoad* iload) {
         if (res == IO_OK) res = ReadBytes(iload, k.rot.value, sizeof k.rot.value);
         if (res == IO_OK) res = chunkio::ReadValue(iload, k.rot.form);
         if (res == IO_OK) res = ReadScale(iload, k.scale);
-        if (res == IO_OK) skinPose_ = k;
+        if (res == IO_OK) data_.skinPose = k;
         return res;
     }
-    case kWireColorChunk: return chunkio::ReadValue(iload, wireColor_);
+    case kWireColorChunk: return chunkio::ReadValue(iload, data_.wireColor);
     case kDisplayChunk: {
-        IOResult res = chunkio::ReadValue(iload, displayBits_);
-        return res == IO_OK ? ReadBytes(iload, displayValues_, 2) : res;
+        IOResult res = chunkio::ReadValue(iload, data_.displayBits);
+        return res == IO_OK ? ReadBytes(iload, data_.displayValues, 2) : res;
     }
     case kRenderPropsChunk: {
-        IOResult res = chunkio::ReadValue(iload, renderProps_.flags);
-        if (res == IO_OK) res = ReadBytes(iload, renderProps_.values, 20);
-        return res == IO_OK ? ReadBytes(iload, renderProps_.extra, 36) : res;
+        IOResult res = chunkio::ReadValue(iload, data_.renderProps.flags);
+        if (res == IO_OK) res = ReadBytes(iload, data_.renderProps.values, 20);
+        return res == IO_OK ? ReadBytes(iload, data_.renderProps.extra, 36) : res;
     }
-    case kUserPropsChunk: return iload->ReadWStringChunk(userProps_);
+    case kUserPropsChunk: return iload->ReadWStringChunk(data_.userProps);
     case kBonePropsChunk: {
-        IOResult res = chunkio::ReadValue(iload, boneProps_.flags);
-        return res == IO_OK ? ReadBytes(iload, boneProps_.settings, 2) : res;
+        IOResult res = chunkio::ReadValue(iload, data_.boneProps.flags);
+        return res == IO_OK ? ReadBytes(iload, data_.boneProps.settings, 2) : res;
     }
-    case kTmLocksChunk: return chunkio::ReadValue(iload, tmLocks_);
-    case kModCountsChunk: return ReadBytes(iload, modCountsAtMerge_, sizeof modCountsAtMerge_);
+    case kTmLocksChunk: return chunkio::ReadValue(iload, data_.tmLocks);
+    case kModCountsChunk: return ReadBytes(iload, data_.modCountsAtMerge, sizeof data_.modCountsAtMerge);
     case kExclusionLightsChunk: {
         std::int32_t count = 0;
         const IOResult res = ReadCount(iload, count);
-        if (res == IO_OK) SizeWithNulls(exclusionLights_, count);
+        if (res == IO_OK) SizeWithNulls(data_.exclusionLights, count);
         return res;
     }
-    case kNodeKindChunk: return chunkio::ReadValue(iload, nodeKind_);
+    case kNodeKindChunk: return chunkio::ReadValue(iload, data_.nodeKind);
     case kSelectionSetsChunk: {
         std::int32_t count = 0;
         const IOResult res = ReadCount(iload, count);
-        return res == IO_OK ? chunkio::ReadInt32s(iload, count, selectionSets_) : res;
+        return res == IO_OK ? chunkio::ReadInt32s(iload, count, data_.selectionSets) : res;
     }
     case kExclusionOthersChunk: {
         std::int32_t count = 0;
         IOResult res = ReadCount(iload, count);
-        if (res == IO_OK) res = chunkio::ReadInt32s(iload, count, exclusionModes_);
-        if (res == IO_OK) SizeWithNulls(exclusionOthers_, count);
+        if (res == IO_OK) res = chunkio::ReadInt32s(iload, count, data_.exclusionModes);
+        if (res == IO_OK) SizeWithNulls(data_.exclusionOthers, count);
         return res;
     }
     default: {

@@ -23,7 +23,7 @@ public:
     }
     void Redo() override {
         UndoBypass bypass;
-        while (record_->children_.Count()) record_->removeChild(record_->children_.Count() - 1);
+        while (record_->data_.children.Count()) record_->removeChild(record_->data_.children.Count() - 1);
     }
     MSTR Description() override { return MSTR(L"RefNode Children"); }
 
@@ -36,55 +36,55 @@ void RefNode::setMaterialRef(Mtl* mtl) { ReplaceReference(Slots().Material(), mt
 
 void RefNode::appendChild(INode* child) {
     UndoBypass bypass;
-    const int position = children_.Append(nullptr);
+    const int position = data_.children.Append(nullptr);
     ReplaceReference(Slots().Child(position), child);
 }
 
 void RefNode::removeChild(int position) {
     UndoBypass bypass;
     DeleteReference(Slots().Child(position));
-    children_.Delete(position, 1);
+    data_.children.Delete(position, 1);
 }
 
 void RefNode::dropChildren() {
-    if (theHold.Holding() && children_.Count()) theHold.Put(new ChildrenRestore(this, children_));
+    if (theHold.Holding() && data_.children.Count()) theHold.Put(new ChildrenRestore(this, data_.children));
     UndoBypass bypass;
-    while (children_.Count()) removeChild(children_.Count() - 1);
+    while (data_.children.Count()) removeChild(data_.children.Count() - 1);
 }
 
 void RefNode::appendExclusionLight(ReferenceTarget* light) {
     UndoBypass bypass;
-    const int position = exclusionLights_.Append(nullptr);
+    const int position = data_.exclusionLights.Append(nullptr);
     ReplaceReference(Slots().ExclusionLight(position), light);
 }
 
 void RefNode::removeExclusionLight(int position) {
     UndoBypass bypass;
     DeleteReference(Slots().ExclusionLight(position));
-    exclusionLights_.Delete(position, 1);
+    data_.exclusionLights.Delete(position, 1);
 }
 
 void RefNode::appendExclusionOther(ReferenceTarget* item, int listIndex) {
     UndoBypass bypass;
-    const int position = exclusionOthers_.Append(nullptr);
-    exclusionModes_.SetCount(exclusionOthers_.Count());
-    exclusionModes_[position] = listIndex;
+    const int position = data_.exclusionOthers.Append(nullptr);
+    data_.exclusionModes.SetCount(data_.exclusionOthers.Count());
+    data_.exclusionModes[position] = listIndex;
     ReplaceReference(Slots().ExclusionOther(position), item);
 }
 
 void RefNode::removeExclusionOther(int position) {
     UndoBypass bypass;
     DeleteReference(Slots().ExclusionOther(position));
-    exclusionOthers_.Delete(position, 1);
-    if (position < exclusionModes_.Count()) exclusionModes_.Delete(position, 1);
+    data_.exclusionOthers.Delete(position, 1);
+    if (position < data_.exclusionModes.Count()) data_.exclusionModes.Delete(position, 1);
 }
 
 void RefNode::AddSelectionSet(int setIndex) {
-    if (selectionSets_.IndexOf(setIndex) < 0) selectionSets_.Append(setIndex);
+    if (data_.selectionSets.IndexOf(setIndex) < 0) data_.selectionSets.Append(setIndex);
     SetOverrideFlags(kNodeSelectionSets, kNodeSelectionSets);
 }
 
 void RefNode::ForgetSelectionSets() {
-    selectionSets_.ZeroCount();
+    data_.selectionSets.ZeroCount();
     SetOverrideFlags(kNodeSelectionSets, 0);
 }

@@ -90,30 +90,30 @@ void RefNode::MonitorModifiers() {
     try {
         INode* node = GetNode();
         if (!node) return;
-        dropModEntries(wsMods_);
-        dropModEntries(osMods_);
+        dropModEntries(data_.wsMods);
+        dropModEntries(data_.osMods);
         // Indices count every modifier of the chain, the world-space stack included, from the top down to 0.
         const int total = CountChainModifiers(node->GetObjOrWSMRef());
         int next = total - 1;
 
         if (IDerivedObject* ws = node->GetWSMDerivedObject()) {
-            modCountsAtMerge_[0] = ws->NumModifiers();
+            data_.modCountsAtMerge[0] = ws->NumModifiers();
             for (int i = 0; i < ws->NumModifiers(); ++i) {
                 Modifier* mod = ws->GetModifier(i);
-                appendModEntry(wsMods_, new RefModifier(mod, kModFromReference, next--), mod);
+                appendModEntry(data_.wsMods, new RefModifier(mod, kModFromReference, next--), mod);
             }
         }
 
-        modCountsAtMerge_[1] = 0;
+        data_.modCountsAtMerge[1] = 0;
         for (Object* o = node->GetObjectRef(); IsDerivedObject(o);) {
             auto* derived = static_cast<IDerivedObject*>(o);
-            modCountsAtMerge_[1] += derived->NumModifiers();
+            data_.modCountsAtMerge[1] += derived->NumModifiers();
             for (int i = 0; i < derived->NumModifiers(); ++i) {
                 Modifier* mod = derived->GetModifier(i);
-                appendModEntry(osMods_, new RefModifier(mod, kModFromReference, next--), mod);
+                appendModEntry(data_.osMods, new RefModifier(mod, kModFromReference, next--), mod);
             }
             o = derived->GetObjRef();
-            if (IsDerivedObject(o)) appendModEntry(osMods_, RefModifier::Boundary(), nullptr);
+            if (IsDerivedObject(o)) appendModEntry(data_.osMods, RefModifier::Boundary(), nullptr);
         }
 
         // A derived object shared with another referenced node: its change entries apply here as well. The
@@ -128,7 +128,7 @@ void RefNode::MonitorModifiers() {
             }
             o = derived->GetObjRef();
         }
-        if (taken) overrideFlags_ |= kNodeModifiers;
+        if (taken) data_.overrideFlags |= kNodeModifiers;
     } catch (const MAXException& e) {
         fail(L"Error Monitoring Modifiers in RefNode", 0, &e);
     } catch (...) {
@@ -137,9 +137,9 @@ void RefNode::MonitorModifiers() {
 }
 
 int RefNode::mergeInstancedChanges(int sharedCount, RefNode* other) {
-    return TakeOverEntries(deletedMods_, other->deletedMods_, sharedCount) +
-           TakeOverEntries(renamedMods_, other->renamedMods_, sharedCount) +
-           TakeOverEntries(toggledMods_, other->toggledMods_, sharedCount);
+    return TakeOverEntries(data_.deletedMods, other->data_.deletedMods, sharedCount) +
+           TakeOverEntries(data_.renamedMods, other->data_.renamedMods, sharedCount) +
+           TakeOverEntries(data_.toggledMods, other->data_.toggledMods, sharedCount);
 }
 
 // ------------------------------------------------------------------------------------------ entries
@@ -157,53 +157,53 @@ void RefNode::dropModEntries(Tab<RefModifier*>& list) {
 }
 
 void RefNode::freeModLists() {
-    FreeModList(wsMods_);
-    FreeModList(osMods_);
-    FreeModList(deletedMods_);
-    FreeModList(renamedMods_);
-    FreeModList(toggledMods_);
+    FreeModList(data_.wsMods);
+    FreeModList(data_.osMods);
+    FreeModList(data_.deletedMods);
+    FreeModList(data_.renamedMods);
+    FreeModList(data_.toggledMods);
 }
 
 void RefNode::cloneModifiersTo(RefNode* dst) {
     // The clone's entries reference the same modifiers.
-    for (RefModifier* entry : wsMods_)
-        dst->appendModEntry(dst->wsMods_, entry ? entry->Copy() : nullptr, entry ? entry->modifier : nullptr);
-    for (RefModifier* entry : osMods_)
-        dst->appendModEntry(dst->osMods_, entry ? entry->Copy() : nullptr, entry ? entry->modifier : nullptr);
-    FreeModList(dst->deletedMods_);
-    FreeModList(dst->renamedMods_);
-    FreeModList(dst->toggledMods_);
-    dst->deletedMods_ = CopyModList(deletedMods_);
-    dst->renamedMods_ = CopyModList(renamedMods_);
-    dst->toggledMods_ = CopyModList(toggledMods_);
+    for (RefModifier* entry : data_.wsMods)
+        dst->appendModEntry(dst->data_.wsMods, entry ? entry->Copy() : nullptr, entry ? entry->modifier : nullptr);
+    for (RefModifier* entry : data_.osMods)
+        dst->appendModEntry(dst->data_.osMods, entry ? entry->Copy() : nullptr, entry ? entry->modifier : nullptr);
+    FreeModList(dst->data_.deletedMods);
+    FreeModList(dst->data_.renamedMods);
+    FreeModList(dst->data_.toggledMods);
+    dst->data_.deletedMods = CopyModList(data_.deletedMods);
+    dst->data_.renamedMods = CopyModList(data_.renamedMods);
+    dst->data_.toggledMods = CopyModList(data_.toggledMods);
 }
 
 // ------------------------------------------------------------------------------------------ resets
 
 void RefNode::ResetModifiers() {
-    for (RefModifier* entry : wsMods_) {
+    for (RefModifier* entry : data_.wsMods) {
         if (!entry) continue;
         entry->state = kModFromReference;
         entry->modContext.reset();
     }
-    if (overrideFlags_ & kNodeObjectSpaceReplaced) {
-        dropModEntries(osMods_);
+    if (data_.overrideFlags & kNodeObjectSpaceReplaced) {
+        dropModEntries(data_.osMods);
         SetOverrideFlags(kNodeObjectSpaceReplaced, 0);
     } else {
-        for (RefModifier* entry : osMods_) {
+        for (RefModifier* entry : data_.osMods) {
             if (!entry || entry->state == kModBoundary) continue;
             entry->state = kModFromReference;
             entry->modContext.reset();
         }
     }
-    FreeModList(deletedMods_);
-    FreeModList(renamedMods_);
-    FreeModList(toggledMods_);
+    FreeModList(data_.deletedMods);
+    FreeModList(data_.renamedMods);
+    FreeModList(data_.toggledMods);
 }
 
 void RefNode::DropObjectSpaceRecords() {
-    if (!(overrideFlags_ & kNodeObjectSpaceReplaced)) return;
-    dropModEntries(osMods_);
+    if (!(data_.overrideFlags & kNodeObjectSpaceReplaced)) return;
+    dropModEntries(data_.osMods);
     SetOverrideFlags(kNodeObjectSpaceReplaced, 0);
 }
 
@@ -211,7 +211,7 @@ void RefNode::DropObjectSpaceRecords() {
 
 MSTR RefNode::ModifierLines() {
     MSTR out = L"\nWSRefMods: ";
-    for (RefModifier* entry : wsMods_) {
+    for (RefModifier* entry : data_.wsMods) {
         if (!entry) {
             out += L"\nNull RefMod: ";
             continue;
@@ -221,7 +221,7 @@ MSTR RefNode::ModifierLines() {
                           HandleOf(entry->modifier));
     }
     out += L"\nOSRefMods: ";
-    for (RefModifier* entry : osMods_) {
+    for (RefModifier* entry : data_.osMods) {
         if (!entry) {
             out += L"\nNull RefMod: ";
             continue;
@@ -236,14 +236,14 @@ MSTR RefNode::ModifierLines() {
         }
     }
     out += L"\nDeletedMods: ";
-    for (ModDeleted* entry : deletedMods_)
+    for (ModDeleted* entry : data_.deletedMods)
         out += entry ? EntryHead(entry->name, entry->index) : MSTR(L"\nNull DeletedMod: ");
     out += L"\nRenamedMods: ";
-    for (ModChangedName* entry : renamedMods_)
+    for (ModChangedName* entry : data_.renamedMods)
         out += entry ? EntryHead(entry->name, entry->index) + L", NewName: " + entry->newName
                      : MSTR(L"\nNull RenamedMod: ");
     out += L"\nToggledMods: ";
-    for (ModChangedToggles* entry : toggledMods_) {
+    for (ModChangedToggles* entry : data_.toggledMods) {
         if (!entry) {
             out += L"\nNull toggledMod: ";
             continue;
@@ -268,7 +268,7 @@ BOOL RefNode::IsRealDependency(ReferenceTarget* target) {
                             slot.kind == vandrels::NodeRecordSlot::ObjectSpaceModifier;
         if (!mirror) return base;  // held by another slot as well
         const RefModifier* entry =
-            slot.kind == vandrels::NodeRecordSlot::WorldSpaceModifier ? wsMods_[slot.index] : osMods_[slot.index];
+            slot.kind == vandrels::NodeRecordSlot::WorldSpaceModifier ? data_.wsMods[slot.index] : data_.osMods[slot.index];
         if (!entry || entry->state != kModFromReference) return base;
         referencedOnly = true;
     }

@@ -129,34 +129,34 @@ void RefNode::Override() {
         if (!node) return;
         const int wasBusy = IsBusy();
         SetBusy(1);
-        const std::uint32_t f = overrideFlags_;
+        const std::uint32_t f = data_.overrideFlags;
         const TimeValue t = GetCOREInterface()->GetTime();
         auto stepIf = [&](std::uint32_t bit, int word) {
             if (!(f & bit)) return false;
-            step_ = word;
+            data_.step = word;
             return true;
         };
-        if (stepIf(kNodeOverriddenName, IDS_OVR_NAME)) node->SetName(overriddenName_.data());
+        if (stepIf(kNodeOverriddenName, IDS_OVR_NAME)) node->SetName(data_.overriddenName.data());
         if (stepIf(kNodeMaterial, IDS_OVR_MATERIAL)) {
-            node->SetMtl(material_);
-            if (material_) {
+            node->SetMtl(data_.material);
+            if (data_.material) {
                 Interval valid = FOREVER;
-                material_->Update(t, valid);
+                data_.material->Update(t, valid);
             }
         }
         if (stepIf(kNodeParent, IDS_OVR_PARENT)) overrideParent(node);
-        if (stepIf(kNodeGrouping, IDS_OVR_GROUPING)) nodestate::WriteGroupFlags(node, groupFlags_);
+        if (stepIf(kNodeGrouping, IDS_OVR_GROUPING)) nodestate::WriteGroupFlags(node, data_.groupFlags);
         if (stepIf(kNodeLayer, IDS_OVR_LAYER)) overrideLayer(node);
-        if (stepIf(kNodeObjectOffset, IDS_OVR_OBJECT_OFFSET_TM)) nodestate::WriteObjectOffset(node, objectOffset_);
-        if (stepIf(kNodeSkinPose, IDS_OVR_SKIN_POSE)) nodestate::WriteSkinPose(node, skinPose_);
-        if (stepIf(kNodeWireColor, IDS_OVR_WIRE_COLOR)) node->SetWireColor(wireColor_);
-        if (stepIf(kNodeHidden, IDS_OVR_HIDDEN)) node->Hide((displayBits_ & kDisplayHiddenBit) ? TRUE : FALSE);
-        if (stepIf(kNodeFrozen, IDS_OVR_FROZEN)) node->Freeze((displayBits_ & kDisplayFrozenBit) ? TRUE : FALSE);
+        if (stepIf(kNodeObjectOffset, IDS_OVR_OBJECT_OFFSET_TM)) nodestate::WriteObjectOffset(node, data_.objectOffset);
+        if (stepIf(kNodeSkinPose, IDS_OVR_SKIN_POSE)) nodestate::WriteSkinPose(node, data_.skinPose);
+        if (stepIf(kNodeWireColor, IDS_OVR_WIRE_COLOR)) node->SetWireColor(data_.wireColor);
+        if (stepIf(kNodeHidden, IDS_OVR_HIDDEN)) node->Hide((data_.displayBits & kDisplayHiddenBit) ? TRUE : FALSE);
+        if (stepIf(kNodeFrozen, IDS_OVR_FROZEN)) node->Freeze((data_.displayBits & kDisplayFrozenBit) ? TRUE : FALSE);
         if (stepIf(kNodeDisplayProps, IDS_OVR_PROPS_DISPLAY)) nodestate::WriteDisplay(node, displayProps());
-        if (stepIf(kNodeRenderProps, IDS_OVR_PROPS_RENDER)) nodestate::WriteRender(node, renderProps_);
-        if (stepIf(kNodeUserProps, IDS_OVR_PROPS_USER)) node->SetUserPropBuffer(userProps_);
-        if (stepIf(kNodeBoneProps, IDS_OVR_PROPS_BONE)) nodestate::WriteBone(node, boneProps_);
-        if (stepIf(kNodeTmLocks, IDS_OVR_TM_LOCKS_FLAGS)) nodestate::WriteTmLocks(node, tmLocks_);
+        if (stepIf(kNodeRenderProps, IDS_OVR_PROPS_RENDER)) nodestate::WriteRender(node, data_.renderProps);
+        if (stepIf(kNodeUserProps, IDS_OVR_PROPS_USER)) node->SetUserPropBuffer(data_.userProps);
+        if (stepIf(kNodeBoneProps, IDS_OVR_PROPS_BONE)) nodestate::WriteBone(node, data_.boneProps);
+        if (stepIf(kNodeTmLocks, IDS_OVR_TM_LOCKS_FLAGS)) nodestate::WriteTmLocks(node, data_.tmLocks);
         overrideExclusionLists(node);
         if (stepIf(kNodeSelectionSets, IDS_OVR_SELECTION_SETS)) overrideSelectionSets(node);
         if (stepIf(kNodeObjectLocalDep, IDS_OVR_OBJ_LOC_DEP)) overrideObjectLocalDependent(node);
@@ -170,18 +170,18 @@ void RefNode::Override() {
 }
 
 void RefNode::overrideParent(INode* node) {
-    if (!parent_) {
+    if (!data_.parent) {
         node->Detach(GetCOREInterface()->GetTime(), FALSE);
         return;
     }
-    INode* parent = parent_->SuperClassID() == REFBASE_SUPER_CLASS_ID ? static_cast<RefNode*>(parent_)->GetNode()
-                                                                      : static_cast<INode*>(parent_);
+    INode* parent = data_.parent->SuperClassID() == REFBASE_SUPER_CLASS_ID ? static_cast<RefNode*>(data_.parent)->GetNode()
+                                                                      : static_cast<INode*>(data_.parent);
     // An unbound parent record attaches its children when its own node comes (message 0x8663DF21).
     if (parent && parent != node->GetParentNode()) parent->AttachChild(node, FALSE);
 }
 
 void RefNode::overrideLayer(INode* node) {
-    auto* stored = static_cast<ILayer*>(layer_);
+    auto* stored = static_cast<ILayer*>(data_.layer);
     if (!stored) return;
     ILayerManager* layers = GetCOREInterface()->GetLayerManager();
     for (int i = 0; i < layers->GetLayerCount(); ++i)
@@ -199,15 +199,15 @@ void RefNode::overrideLayer(INode* node) {
 }
 
 void RefNode::overrideExclusionLists(INode* node) {
-    if (overrideFlags_ & kNodeExclusionList) {
-        step_ = IDS_OVR_EXCL_LIST;
-        for (ReferenceTarget* item : exclusionLights_) AddNodeToExclusionList(item, node);
+    if (data_.overrideFlags & kNodeExclusionList) {
+        data_.step = IDS_OVR_EXCL_LIST;
+        for (ReferenceTarget* item : data_.exclusionLights) AddNodeToExclusionList(item, node);
     }
-    if (overrideFlags_ & kNodeExclusionMisc) {
-        step_ = IDS_OVR_EXCL_LIST_MISC;
-        exclusionModes_.SetCount(exclusionOthers_.Count());
-        for (int i = 0; i < exclusionOthers_.Count(); ++i)
-            if (exclusionOthers_[i]) AddNodeToNodeList(exclusionOthers_[i], exclusionModes_[i], node);
+    if (data_.overrideFlags & kNodeExclusionMisc) {
+        data_.step = IDS_OVR_EXCL_LIST_MISC;
+        data_.exclusionModes.SetCount(data_.exclusionOthers.Count());
+        for (int i = 0; i < data_.exclusionOthers.Count(); ++i)
+            if (data_.exclusionOthers[i]) AddNodeToNodeList(data_.exclusionOthers[i], data_.exclusionModes[i], node);
     }
 }
 
@@ -215,23 +215,23 @@ void RefNode::takeOverExclusion(ReferenceTarget* item, int listIndex) {
     INode* node = GetNode();
     if (!item || !node || vandrels::GetOperationMode() != vandrels::kModeLoading) return;
     if (listIndex < 0) {
-        if (overrideFlags_ & kNodeExclusionList) AddNodeToExclusionList(item, node);
-    } else if (overrideFlags_ & kNodeExclusionMisc) {
+        if (data_.overrideFlags & kNodeExclusionList) AddNodeToExclusionList(item, node);
+    } else if (data_.overrideFlags & kNodeExclusionMisc) {
         AddNodeToNodeList(item, listIndex, node);
     }
 }
 
 void RefNode::overrideSelectionSets(INode* node) {
     if (!IsHelperNested())
-        for (int setIndex : selectionSets_) AddPendingSelectionMember(node, setIndex);
-    selectionSets_.ZeroCount();
+        for (int setIndex : data_.selectionSets) AddPendingSelectionMember(node, setIndex);
+    data_.selectionSets.ZeroCount();
     SetOverrideFlags(kNodeSelectionSets, 0);
 }
 
 void RefNode::overrideObjectLocalDependent(INode* node) {
-    if (overrideFlags_ & kNodeObjectSpaceReplaced) return;
+    if (data_.overrideFlags & kNodeObjectSpaceReplaced) return;
     Object* fresh = node->GetObjectRef();
-    auto* old = dynamic_cast<Object*>(localDependent_);
+    auto* old = dynamic_cast<Object*>(data_.localDependent);
     ReferenceTarget* oldAbove = nullptr;
     while (fresh && old && fresh != old) {
         // Every local user of the old object (not the animatable records, not the level above) takes the new one.
@@ -252,11 +252,11 @@ void RefNode::overrideObjectLocalDependent(INode* node) {
         fresh = freshBelow;
         old = oldBelow;
     }
-    if (localDependent_) DeleteReference(Slots().LocalDependent());
+    if (data_.localDependent) DeleteReference(Slots().LocalDependent());
 }
 
 void RefNode::overrideChildren(INode* node) {
-    for (INode* child : children_)
+    for (INode* child : data_.children)
         if (child && child->GetParentNode() != node) node->AttachChild(child, FALSE);
     NotifyDependents(FOREVER, 0, nodemsg::kParentReapply);
 }
@@ -275,21 +275,21 @@ void RefNode::ResetOverrides(DWORD mask) {
     runInErrorFrame(L"Error Resetting RefNode", L"Unknown Error Resetting RefNode", [&] {
         INode* node = GetNode();
         if (!(mask & kResetSelectedNodes)) {
-            if (nodeLoaded_ && node) nodeKind_ = computeNodeKind(node);
-            if (!(mask & CategoryOf(nodeKind_))) return;
+            if (data_.nodeLoaded && node) data_.nodeKind = computeNodeKind(node);
+            if (!(mask & CategoryOf(data_.nodeKind))) return;
         }
         if (mask & kResetBaseObject) DropObjectSpaceRecords();
         if (mask & kResetModifiers) resetModifiersOncePerPass(node);
         if (mask & kResetTransform) SetOverrideFlags(kNodeObjectOffset | kNodeSkinPose, 0);
         if (mask & kResetMaterial) {
-            if (overrideFlags_ & kNodeMaterial) DeleteReference(Slots().Material());
+            if (data_.overrideFlags & kNodeMaterial) DeleteReference(Slots().Material());
             SetOverrideFlags(kNodeMaterial, 0);
-            material_ = node ? node->GetMtl() : nullptr;
+            data_.material = node ? node->GetMtl() : nullptr;
         }
         if (mask & kResetObjectProperties) SetOverrideFlags(kObjectPropertyBits, 0);
         if (mask & kResetParenting) {
             SetOverrideFlags(kNodeParent, 0);
-            if (parent_) DeleteReference(Slots().Parent());
+            if (data_.parent) DeleteReference(Slots().Parent());
             SetOverrideFlags(kNodeChildren, 0);
             dropChildren();
             SetOverrideFlags(kNodeGrouping, 0);
@@ -297,7 +297,7 @@ void RefNode::ResetOverrides(DWORD mask) {
         if (mask & kResetName) SetOverrideFlags(kNodeOverriddenName, 0);
         if (mask & kResetLayer) {
             SetOverrideFlags(kNodeLayer, 0);
-            if (layer_) DeleteReference(Slots().Layer());
+            if (data_.layer) DeleteReference(Slots().Layer());
         }
         RefBase::ResetOverrides(mask);
     });

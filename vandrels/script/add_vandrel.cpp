@@ -127,7 +127,7 @@ void AddVandrelDialog() {
 
     for (INode* node : GetHelperList())
         if (VandrelsHelper* helper = VandrelsHelper::FromObject(node->GetObjectRef()))
-            if (helper->pblock) helper->pblock->SetValue(vh_selected_in_manager, 0, FALSE);
+            if (helper->ParamBlock()) helper->ParamBlock()->SetValue(vh_selected_in_manager, 0, FALSE);
 
     if (picked.paths.size() == 1) {
         AddVandrel(picked.paths.front().data(), L"", true, true, false, false);

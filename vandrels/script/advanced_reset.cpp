@@ -65,13 +65,14 @@ void ResetReferences(DWORD mask, const Tab<int>* references) {
     } else {
         for (INode* node : GetHelperList()) {
             VandrelsHelper* helper = HelperOf(node);
-            if (helper && helper->pblock && helper->pblock->GetInt(vh_selected_in_manager)) chosen.push_back(node);
+            IParamBlock2* params = helper ? helper->ParamBlock() : nullptr;
+            if (params && params->GetInt(vh_selected_in_manager)) chosen.push_back(node);
         }
     }
     ReloadList reloads(true);
     for (INode* node : chosen) {
         VandrelsHelper* helper = HelperOf(node);
-        if (reloads.Accept(helper)) ResetByMask(helper, mask | kResetReferences);
+        if (reloads.Accept(helper)) helper->ResetByMask(mask | kResetReferences);
     }
     reloads.ReloadAll();
 }

@@ -18,7 +18,7 @@ MSTR HelperName(VandrelsHelper* helper) {
 }  // namespace
 
 MSTR ReferenceFileProblem(VandrelsHelper* helper) {
-    if (!helper || !helper->pblock) return MSTR();
+    if (!helper || !helper->ParamBlock()) return MSTR();
     const MSTR path = ChooseReferenceFile(helper);
     if (path.isNull()) return L"the reference helper " + HelperName(helper) + L" names no reference file";
     if (!PathFileExistsW(path.data()))

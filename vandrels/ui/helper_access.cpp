@@ -9,7 +9,7 @@ namespace vandrels {
 namespace {
 IParamBlock2* BlockOf(INode* node) {
     VandrelsHelper* helper = HelperOf(node);
-    return helper ? helper->pblock : nullptr;
+    return helper ? helper->ParamBlock() : nullptr;
 }
 }  // namespace
 

@@ -34,9 +34,9 @@ private:
     static INT_PTR Browse(VandrelsHelper* helper, ParamID param, const MCHAR* titleStart, TimeValue t) {
         INode* node = helper->GetNode();
         const MSTR title = MSTR(titleStart) + (node ? node->GetName() : L"");
-        const MCHAR* current = helper->pblock->GetStr(param, t);
+        const MCHAR* current = helper->ParamBlock()->GetStr(param, t);
         MSTR file = current ? current : L"";
-        if (PickFiles(file, title.data())) helper->pblock->SetValue(param, t, file);
+        if (PickFiles(file, title.data())) helper->ParamBlock()->SetValue(param, t, file);
         return TRUE;
     }
 };
