@@ -123,7 +123,7 @@ TEST_F(SettingsTest, WritesKeepTheirValuesExactly) {
     MSTR text;
     ASSERT_TRUE(ReadStringSetting(L"LastFileDir", text));
     EXPECT_EQ(text, MSTR(L"C:\\My Scenes\\props\\"));
-    WriteStringSetting(L"Note", L"a \"quoted\" \\ word");  // a quote cannot go into a verbatim string
+    WriteStringSetting(L"Note", L"a \"quoted\" \\ word");  // quotes and backslashes are taken as text
     ASSERT_TRUE(ReadStringSetting(L"Note", text));
     EXPECT_EQ(text, MSTR(L"a \"quoted\" \\ word"));
 

@@ -1,5 +1,7 @@
 #include "frame/settings.h"
 
+#include "frame/maxscript_text.h"
+
 #include "maxscript/maxscript.h"
 
 #include <cwchar>
@@ -15,19 +17,6 @@ bool saveRefsAsMerged = false;
 // Runs a settings text quietly (errors suppressed and logged by the host), answering its value in result.
 void RunSettingsText(const MSTR& text, FPValue* result = nullptr) {
     ExecuteMAXScriptScript(text.data(), MAXScript::ScriptSource::Embedded, TRUE, result, TRUE);
-}
-
-// A string literal for a settings text. Paths go into a verbatim string so that their backslashes need no
-// escaping; a verbatim string cannot hold a double quote, so such a value is written as an escaped string.
-MSTR ScriptStringLiteral(const MCHAR* value) {
-    const std::wstring text = value ? value : L"";
-    if (text.find(L'"') == std::wstring::npos) return MSTR(L"@\"" + text + L"\"");
-    std::wstring escaped = L"\"";
-    for (wchar_t c : text) {
-        if (c == L'"' || c == L'\\') escaped += L'\\';
-        escaped += c;
-    }
-    return MSTR(escaped + L"\"");
 }
 
 }  // namespace
@@ -57,7 +46,8 @@ void WriteIntSetting(const MCHAR* key, int value) {
 
 void WriteStringSetting(const MCHAR* key, const MCHAR* value) {
     MSTR text;
-    text.printf(L"SetINISetting (getMAXIniFile()) \"Vandrels\" \"%s\" %s;", key, ScriptStringLiteral(value).data());
+    text.printf(L"SetINISetting (getMAXIniFile()) \"Vandrels\" \"%s\" %s;", key,
+                MaxScriptStringLiteral(value ? value : L"").c_str());
     RunSettingsText(text);
 }
 

@@ -51,19 +51,7 @@ public:
 
 private:
     void AddItem(Interpreter& in, const ast::ControlDef& c) {
-        if (c.type == L"submenu") {
-            for (const ast::ControlDef& child : c.children) AddItem(in, child);
-            return;
-        }
-        Value caption;
-        {
-            SiteFrame frame(in, site_);
-            if (c.caption) caption = in.Eval(*c.caption, scope_);
-        }
-        auto item = std::make_shared<ControlObject>(c.type, c.name, handlers_);
-        item->Init(caption, EvalKeywords(in, site_, c.keywords, scope_));
-        scope_->vars[FoldCase(c.name)] = Value::Ext(item);
-        items_.push_back(std::move(item));
+        BuildControls(in, site_, c, L"submenu", scope_, handlers_, items_);
     }
 
     DefinitionSite site_;

@@ -240,4 +240,22 @@ std::vector<std::wstring> ControlObject::PropertyNames() const {
     return names;
 }
 
+void BuildControls(Interpreter& in, const DefinitionSite& site, const ast::ControlDef& c, const wchar_t* container,
+                   const std::shared_ptr<Scope>& scope, const std::shared_ptr<const HandlerTable>& handlers,
+                   std::vector<std::shared_ptr<ControlObject>>& into) {
+    if (c.type == container) {
+        for (const ast::ControlDef& child : c.children) BuildControls(in, site, child, container, scope, handlers, into);
+        return;
+    }
+    Value caption;
+    {
+        SiteFrame frame(in, site);
+        if (c.caption) caption = in.Eval(*c.caption, scope);
+    }
+    auto control = std::make_shared<ControlObject>(c.type, c.name, handlers);
+    control->Init(caption, EvalKeywords(in, site, c.keywords, scope));
+    scope->vars[FoldCase(c.name)] = Value::Ext(control);
+    into.push_back(std::move(control));
+}
+
 }  // namespace hostrt::mxs

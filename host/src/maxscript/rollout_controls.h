@@ -43,4 +43,11 @@ private:
     std::vector<std::pair<std::wstring, Value>> props_;  // folded names, in the order they were made
 };
 
+// Makes the controls a rollout or menu declares, in order: the written caption and keywords evaluated in the
+// definition's scope, each control bound there under its name. Groups and submenus (container) only gather
+// their children.
+void BuildControls(Interpreter& in, const DefinitionSite& site, const ast::ControlDef& c, const wchar_t* container,
+                   const std::shared_ptr<Scope>& scope, const std::shared_ptr<const HandlerTable>& handlers,
+                   std::vector<std::shared_ptr<ControlObject>>& into);
+
 }  // namespace hostrt::mxs

@@ -138,19 +138,7 @@ private:
     }
 
     void AddControl(Interpreter& in, const ast::ControlDef& c) {
-        if (c.type == L"group") {
-            for (const ast::ControlDef& child : c.children) AddControl(in, child);
-            return;
-        }
-        Value caption;
-        {
-            SiteFrame frame(in, site_);
-            if (c.caption) caption = in.Eval(*c.caption, scope_);
-        }
-        auto control = std::make_shared<ControlObject>(c.type, c.name, handlers_);
-        control->Init(caption, EvalKeywords(in, site_, c.keywords, scope_));
-        scope_->vars[FoldCase(c.name)] = Value::Ext(control);
-        controls_.push_back(std::move(control));
+        BuildControls(in, site_, c, L"group", scope_, handlers_, controls_);
     }
 
     DefinitionSite site_;

@@ -1,4 +1,4 @@
-#include "ui/maxscript_text.h"
+#include "frame/maxscript_text.h"
 
 namespace vandrels {
 
