@@ -34,6 +34,7 @@ constexpr USHORT kLocksChunk = 0x0107;
 constexpr USHORT kSkinPoseChunk = 0x0108;
 constexpr USHORT kChildrenChunk = 0x0109;
 constexpr USHORT kPartRolesChunk = 0x010A;
+constexpr USHORT kAnimRangeChunk = 0x010B;
 constexpr DWORD kStateRoot = 0x1, kStateHidden = 0x2, kStateFrozen = 0x4;
 // Most children or part roles a node accepts from a file; more means the file is damaged.
 constexpr ULONG kMaxCount = 1u << 24;
@@ -479,6 +480,10 @@ IOResult Node::Save(ISave* isave) {
             if (res == IO_OK) res = isave->Write(&role, sizeof role, &written);
         isave->EndChunk();
     }
+    if (res == IO_OK && isRoot_ && sceneAnimRange_) {
+        const TimeValue start = sceneAnimRange_->Start(), end = sceneAnimRange_->End();
+        res = writeChunk(isave, kAnimRangeChunk, start, end);
+    }
     return res;
 }
 
@@ -525,6 +530,12 @@ IOResult Node::Load(ILoad* iload) {
             partRoles_.assign(ok ? n : 0, 0);
             for (int& role : partRoles_)
                 if (ok) ok = iload->Read(&role, sizeof role, &got) == IO_OK;
+            break;
+        }
+        case kAnimRangeChunk: {
+            TimeValue start = 0, end = 0;
+            ok = readChunk(iload, start, end) && start <= end;
+            if (ok) sceneAnimRange_ = Interval(start, end);
             break;
         }
         default: break;  // chunks of later versions are skipped

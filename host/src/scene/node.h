@@ -9,6 +9,7 @@
 #include "scene/scene_events.h"
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace hostrt {
@@ -54,6 +55,8 @@ public:
     void SetSelectedFlag(bool on) { selected_ = on; }
     // Roles of the scene parts that follow the scene root in a scene file (kept by the scene root only).
     std::vector<int>& PartRoles() { return partRoles_; }
+    // The scene's animation range as a scene file holds it (kept by the scene root only; none: the default).
+    std::optional<Interval>& SceneAnimRange() { return sceneAnimRange_; }
     // External-scene entries of a root node.
     struct XRefEntry {
         MaxSDK::AssetManagement::AssetUser asset;
@@ -263,6 +266,7 @@ private:
     SkinPose skin_;
 
     std::vector<int> partRoles_;
+    std::optional<Interval> sceneAnimRange_;
     std::vector<XRefEntry> xrefs_;
     std::unique_ptr<NodeExtensions> ext_;
 

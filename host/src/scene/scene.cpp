@@ -244,6 +244,9 @@ void Scene::SaveScene(const MSTR& path, bool makeCurrent) {
         root_->PartRoles().clear();
         for (Installed& p : parts_)
             if (p.item) root_->PartRoles().push_back(int(p.part.role));
+        // The range goes into the file only when it is not the default, so such files stay as they were.
+        const bool defaultRange = animRange_.Start() == 0 && animRange_.End() == 100 * GetTicksPerFrame();
+        root_->SceneAnimRange() = defaultRange ? std::nullopt : std::optional<Interval>(animRange_);
         struct Writing {
             bool& flag;
             explicit Writing(bool& f) : flag(f) { flag = true; }
@@ -290,6 +293,7 @@ void Scene::OpenScene(const MSTR& path) {
 
         std::vector<ReferenceTarget*> dispose{root_};
         root_ = root;
+        if (root->SceneAnimRange()) animRange_ = *root->SceneAnimRange();
         const std::vector<int> roles = root->PartRoles();
         std::vector<bool> used(loaded.roots.size(), false);
         for (Installed& p : parts_)
