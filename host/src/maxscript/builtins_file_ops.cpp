@@ -34,11 +34,12 @@ bool Exists(const fs::path& p) {
     return fs::exists(p, ec);
 }
 
-// getFiles <pattern> recurse:<boolean>: the full paths of the files whose names match the pattern's file part
-// ('*' and '?', case ignored) in the pattern's folder (and below it when recursing), sorted by path with case
-// ignored.
-Value GetFiles(CallContext&, CallArgs& args) {
-    CheckArgCount(L"getFiles", args, 1);
+// The entries of a pattern's folder whose names match the pattern's file part ('*' and '?', case ignored), and
+// with recurse:true those of the folders below (not through folder links): files as full paths, or folders as
+// full paths ending with a separator; sorted by path with case ignored.
+enum class EntryKind { Files, Folders };
+Value FindByPattern(const wchar_t* function, CallArgs& args, EntryKind kind) {
+    CheckArgCount(function, args, 1);
     const std::wstring pattern = ToText(args.positional[0]);
     const std::wstring namePattern = hostrt::PathFileName(pattern);
     const std::wstring folderText = hostrt::PathDirectory(pattern);
@@ -46,20 +47,25 @@ Value GetFiles(CallContext&, CallArgs& args) {
     fs::path folder = folderText.empty() ? fs::current_path(ec) : hostrt::ToNativePath(folderText);
     folder = fs::absolute(folder, ec).lexically_normal();
     const Value* recurse = args.Keyword(L"recurse");
+    const bool deep = recurse && !recurse->Is(Kind::Unsupplied) && ToBool(*recurse);
 
     std::vector<std::wstring> found;
-    auto consider = [&](const fs::directory_entry& entry) {
-        std::error_code fileEc;
-        if (!entry.is_regular_file(fileEc)) return;
-        const std::wstring name = hostrt::FromNativePath(entry.path().filename());
-        if (WildcardMatch(name, namePattern, true)) found.push_back(hostrt::FromNativePath(entry.path()));
-    };
-    if (recurse && ToBool(*recurse)) {
-        for (fs::recursive_directory_iterator it(folder, fs::directory_options::skip_permission_denied, ec), end;
-             !ec && it != end; it.increment(ec))
-            consider(*it);
-    } else {
-        for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec)) consider(*it);
+    std::vector<fs::path> todo{folder};
+    while (!todo.empty()) {
+        const fs::path here = todo.back();
+        todo.pop_back();
+        for (fs::directory_iterator it(here, fs::directory_options::skip_permission_denied, ec), end;
+             !ec && it != end; it.increment(ec)) {
+            std::error_code entryEc;
+            const bool isFolder = it->is_directory(entryEc) && !it->is_symlink(entryEc);
+            const bool wanted = kind == EntryKind::Folders ? isFolder : it->is_regular_file(entryEc);
+            if (wanted && WildcardMatch(hostrt::FromNativePath(it->path().filename()), namePattern, true)) {
+                const std::wstring path = hostrt::FromNativePath(it->path());
+                found.push_back(kind == EntryKind::Folders ? hostrt::WithTrailingSeparator(path) : path);
+            }
+            if (deep && isFolder) todo.push_back(it->path());
+        }
+        ec.clear();
     }
     std::sort(found.begin(), found.end(),
               [](const std::wstring& a, const std::wstring& b) { return FoldCase(a) < FoldCase(b); });
@@ -134,7 +140,12 @@ Value MakeDir(CallContext&, CallArgs& args) {
 }  // namespace
 
 void RegisterFileOperationBuiltins() {
-    RegisterGlobalFunction(L"getFiles", GetFiles);
+    RegisterGlobalFunction(L"getFiles", [](CallContext&, CallArgs& args) {
+        return FindByPattern(L"getFiles", args, EntryKind::Files);
+    });
+    RegisterGlobalFunction(L"getDirectories", [](CallContext&, CallArgs& args) {
+        return FindByPattern(L"getDirectories", args, EntryKind::Folders);
+    });
     RegisterGlobalFunction(L"deleteFile", DeleteFile);
     RegisterGlobalFunction(L"renameFile", RenameFile);
     RegisterGlobalFunction(L"copyFile", CopyFile);

@@ -1,5 +1,5 @@
 // Files as scripts read and write them: file streams (openFile, createFile, readLine, readChars, eof, close,
-// flush), running another script file (fileIn, getSourceFileName) and listing folders (getDirectories).
+// flush), running another script file (fileIn, getSourceFileName).
 // A file that cannot be opened answers undefined; reading past the end or using a closed stream is an error.
 #include "maxscript/builtins.h"
 
@@ -182,40 +182,6 @@ Value GetSourceFileName(CallContext& ctx, CallArgs& args) {
     return Value::String(hostrt::FromNativePath(fs::absolute(hostrt::ToNativePath(source), ec).lexically_normal()));
 }
 
-// getDirectories <pattern>: the folders whose names match the pattern's last part ('*' and '?', case ignored),
-// as full paths ending with a separator, sorted by path with case ignored; recurse:true adds the folders below.
-Value GetDirectories(CallContext&, CallArgs& args) {
-    CheckArgCount(L"getDirectories", args, 1);
-    const std::wstring pattern = ToText(args.positional[0]);
-    const std::wstring namePattern = hostrt::PathFileName(pattern);
-    const std::wstring folderText = hostrt::PathDirectory(pattern);
-    std::error_code ec;
-    fs::path folder = folderText.empty() ? fs::current_path(ec) : hostrt::ToNativePath(folderText);
-    folder = fs::absolute(folder, ec).lexically_normal();
-    const Value* recurse = args.Keyword(L"recurse");
-    const bool deep = recurse && !recurse->Is(Kind::Unsupplied) && ToBool(*recurse);
-
-    std::vector<std::wstring> found;
-    std::vector<fs::path> todo{folder};
-    while (!todo.empty()) {
-        const fs::path here = todo.back();
-        todo.pop_back();
-        for (fs::directory_iterator it(here, ec), end; !ec && it != end; it.increment(ec)) {
-            std::error_code entryEc;
-            if (!it->is_directory(entryEc) || it->is_symlink(entryEc)) continue;
-            if (WildcardMatch(hostrt::FromNativePath(it->path().filename()), namePattern, true))
-                found.push_back(hostrt::WithTrailingSeparator(hostrt::FromNativePath(it->path())));
-            if (deep) todo.push_back(it->path());
-        }
-        ec.clear();
-    }
-    std::sort(found.begin(), found.end(),
-              [](const std::wstring& a, const std::wstring& b) { return FoldCase(a) < FoldCase(b); });
-    ArrayData items;
-    for (std::wstring& f : found) items.push_back(Value::String(std::move(f)));
-    return Value::Array(std::move(items));
-}
-
 }  // namespace
 
 void RegisterFileStreamBuiltins() {
@@ -245,7 +211,6 @@ void RegisterFileStreamBuiltins() {
     });
     RegisterGlobalFunction(L"fileIn", FileIn);
     RegisterGlobalFunction(L"getSourceFileName", GetSourceFileName);
-    RegisterGlobalFunction(L"getDirectories", GetDirectories);
 }
 
 }  // namespace hostrt::mxs
