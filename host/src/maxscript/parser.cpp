@@ -351,10 +351,7 @@ NodePtr Parser::parseCall() {
     const bool firstIsNegative = startsNegativeArgument();
     while (canStartArgument()) {
         if (cur().kind == Tok::Keyword) {
-            KeywordArg kw{cur().text, nullptr};
-            next();
-            kw.value = parseArgument();
-            call->keywords.push_back(std::move(kw));
+            call->keywords.push_back(parseKeywordArg());
         } else {
             call->args.push_back(parseArgument());
         }
@@ -904,12 +901,7 @@ NodePtr Parser::parseWhen() {
         expectWord(L"deleted", L"changes or deleted");
         n->attribute = L"deleted";
     }
-    while (cur().kind == Tok::Keyword) {
-        KeywordArg kw{cur().text, nullptr};
-        next();
-        kw.value = parseArgument();
-        n->keywords.push_back(std::move(kw));
-    }
+    parseKeywordArgs(n->keywords);
     if (isName() && !isWord(L"do")) {
         n->param = FoldCase(cur().text);
         next();

@@ -113,14 +113,20 @@ NodePtr Parser::parseDefinition(DefKind kind) {
     fail(L"<definition>");
 }
 
+KeywordArg Parser::parseKeywordArg() {
+    KeywordArg kw{cur().text, nullptr};
+    next();
+    kw.value = parseArgument();
+    return kw;
+}
+
+void Parser::parseKeywordArgs(std::vector<KeywordArg>& into) {
+    while (cur().kind == Tok::Keyword) into.push_back(parseKeywordArg());
+}
+
 // Header keywords may go on over several lines up to the body's "(".
 void Parser::parseHeaderKeywords(Definition& def) {
-    while (cur().kind == Tok::Keyword) {
-        KeywordArg kw{cur().text, nullptr};
-        next();
-        kw.value = parseArgument();
-        def.keywords.push_back(std::move(kw));
-    }
+    parseKeywordArgs(def.keywords);
 }
 
 void Parser::parseFunctionMember(Definition& def, bool isPrivate) {
@@ -232,12 +238,7 @@ ControlDef Parser::parseControl(bool menu) {
     next();
     c.name = expectName(menu ? L"<menu item name>" : L"<control name>");
     if (cur().kind != Tok::Keyword && canStartArgument()) c.caption = parseArgument();
-    while (cur().kind == Tok::Keyword) {
-        KeywordArg kw{cur().text, nullptr};
-        next();
-        kw.value = parseArgument();
-        c.keywords.push_back(std::move(kw));
-    }
+    parseKeywordArgs(c.keywords);
     return c;
 }
 
@@ -246,12 +247,7 @@ ControlDef Parser::parseParameter() {
     p.line = cur().line;
     p.column = cur().column;
     p.name = expectName(L"<parameter>");
-    while (cur().kind == Tok::Keyword) {
-        KeywordArg kw{cur().text, nullptr};
-        next();
-        kw.value = parseArgument();
-        p.keywords.push_back(std::move(kw));
-    }
+    parseKeywordArgs(p.keywords);
     return p;
 }
 
@@ -263,12 +259,7 @@ ControlDef Parser::parseSubMenu() {
     sub.type = L"submenu";
     next();
     sub.caption = parseArgument();
-    while (cur().kind == Tok::Keyword) {
-        KeywordArg kw{cur().text, nullptr};
-        next();
-        kw.value = parseArgument();
-        sub.keywords.push_back(std::move(kw));
-    }
+    parseKeywordArgs(sub.keywords);
     sub.children = parseControlGroup(true);
     return sub;
 }

@@ -115,6 +115,9 @@ private:
     // Which definition starts at the cursor, if one does.
     std::optional<ast::DefKind> startsDefinition() const;
     NodePtr parseDefinition(ast::DefKind kind);
+    // A keyword argument (`name: value`) at the current keyword token; keyword arguments while they follow.
+    ast::KeywordArg parseKeywordArg();
+    void parseKeywordArgs(std::vector<ast::KeywordArg>& into);
     void parseHeaderKeywords(ast::Definition& def);
     void parseStructBody(ast::Definition& def);
     // The clauses of a rollout, utility, rcmenu, tool, plug-in, attributes or parameter block up to its ")".
