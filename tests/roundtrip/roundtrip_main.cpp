@@ -3,12 +3,14 @@
 // the seed, the difference and the shortest failing step list it finds by dropping steps while the run still
 // fails the same way.
 //
-//   roundtrip [--seed S] [--count N] [--steps K] [--seeds 1,5,8] [--only 3,7,9] [--no-reduce] [--modifier-edits] [--quiet]
+//   roundtrip [--seed S] [--count N] [--steps K] [--seeds 1,5,8] [--only 3,7,9] [--no-reduce] [--describe] [--modifier-edits] [--undo-all] [--quiet]
 //             [--verbose]
 //
 // runs seeds S to S+N-1 (default 1 and 1), or the listed seeds, and exits non-zero when any failed. --only runs just those steps
 // (numbered from 1, as a failure report lists them) of each seed; --no-reduce skips the search for the shortest
-// failing sequence (for long soaks).
+// failing sequence (for long soaks); --describe prints the MAXScript that writes the seed's reference files and
+// what the shot holds; --modifier-edits adds modifier edits on referenced nodes; --undo-all lets undo
+// take back wire colour and render switch edits too (a known fault, off by default).
 #include "shot_runner.h"
 
 #include "core/class_directory.h"
@@ -112,6 +114,7 @@ int main(int argc, char** argv) {
     bool quiet = false;
     bool verbose = false;
     bool reduce = true;
+    bool describe = false;
     std::vector<int> only;
     std::vector<int> seeds;  // instead of a range
     Options options;
@@ -128,9 +131,11 @@ int main(int argc, char** argv) {
         else if (arg == "--count") count = static_cast<int>(value());
         else if (arg == "--steps") options.steps = static_cast<int>(value());
         else if (arg == "--modifier-edits") options.modifierEdits = true;
+        else if (arg == "--undo-all") options.undoAll = true;
         else if (arg == "--quiet") quiet = true;
         else if (arg == "--verbose") verbose = true;
         else if (arg == "--no-reduce") reduce = false;
+        else if (arg == "--describe") describe = true;
         else if ((arg == "--only" || arg == "--seeds") && i + 1 < argc) {
             std::vector<int>& list = arg == "--only" ? only : seeds;
             for (const char* p = argv[++i]; *p;) {
@@ -145,7 +150,7 @@ int main(int argc, char** argv) {
             }
         }        else {
             std::cerr << "usage: roundtrip [--seed S] [--count N] [--steps K] [--seeds 1,5,8] [--only 3,7,9] [--no-reduce] "
-                         "[--modifier-edits] [--quiet] [--verbose]\n";
+                         "[--describe] [--modifier-edits] [--undo-all] [--quiet] [--verbose]\n";
             return 2;
         }
     }
@@ -168,6 +173,7 @@ int main(int argc, char** argv) {
             for (int i : only)
                 if (i < static_cast<int>(s.steps.size())) all.push_back(i);
         }
+        if (describe) std::cout << roundtrip::ShotRunner(s, folder, options).SetUpScript();
         if (!quiet) std::cout << "seed " << s.seed << std::flush;
         const Outcome out = RunSteps(s, folder, options, all);
         if (!out.failure) {

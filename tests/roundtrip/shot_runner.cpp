@@ -81,10 +81,17 @@ float DrawSize(Kind kind, std::uint32_t draw) {
 }
 
 // Layers are compared by name: the order in which the host lists them after a reopen follows the order the
-// file and the merges brought them in, which no user edit asked for.
+// file and the merges brought them in, which no user edit asked for. Materials are compared when a node uses
+// them: a load keeps only the library's materials that some node uses (one the artist replaced leaves the
+// library), so an unused one says nothing about a lost edit.
 SceneSnapshot Normalised(SceneSnapshot s) {
     std::stable_sort(s.layers.begin(), s.layers.end(),
                      [](const auto& a, const auto& b) { return a.name < b.name; });
+    std::set<std::string> used;
+    for (const auto& [place, node] : s.nodes)
+        for (const auto& [name, value] : node.properties)
+            if (name == "material") used.insert("material " + value);
+    std::erase_if(s.materials, [&used](const auto& m) { return !used.count(m.label); });
     return s;
 }
 
@@ -404,6 +411,8 @@ struct ShotRunner::State {
     bool UndoStep() {
         if (!beforeLastEdit || edits.empty()) return Skip("undo with no edit to undo");
         const Edit last = edits.back();
+        if ((last.kind == StepKind::WireColour || last.kind == StepKind::Render) && !options.undoAll)
+            return Skip("undo of a wire colour or render switch edit (known fault, --undo-all)");
         if (!Script("max undo", "undo")) return false;
         edits.pop_back();
         if (last.kind == StepKind::Rename) {
@@ -522,6 +531,22 @@ struct ShotRunner::State {
 
 ShotRunner::ShotRunner(const Scenario& scenario, std::filesystem::path folder, Options options)
     : scenario_(scenario), folder_(std::move(folder)), options_(options) {}
+
+std::string ShotRunner::SetUpScript() const {
+    State s{scenario_, folder_, options_, scenario_.files, {}, {}, {}, {}, {}, nullptr, {}, -1};
+    std::string text;
+    for (std::size_t r = 0; r < s.files.size(); ++r)
+        text += "-- " + s.files[r].stem + "\n" + s.FileScript(s.files[r], s.FilePath(static_cast<int>(r)));
+    text += "-- the shot: the layers " ;
+    for (const auto& l : scenario_.localLayers) text += Lit(l) + " ";
+    text += "first, then the references (name prefix:";
+    for (bool p : scenario_.prefixed) text += p ? " on" : " off";
+    text += "), then the local nodes:\n";
+    for (const LocalDesc& l : scenario_.locals)
+        text += "--   " + l.name + (l.box ? " (box)" : " (dummy)") +
+                (l.parentRef >= 0 ? " under " + s.files[l.parentRef].nodes[l.parentNode].name : " at the root") + "\n";
+    return text;
+}
 
 std::optional<Failure> ShotRunner::Run(const std::vector<int>& steps, std::vector<std::string>* log) {
     State s{scenario_, folder_, options_, scenario_.files, {}, {}, {}, {}, {}, log, {}, -1};

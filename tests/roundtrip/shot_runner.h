@@ -27,6 +27,9 @@ public:
     // `log` receives one line per step saying what it did. Answers the first failure, or nothing.
     std::optional<Failure> Run(const std::vector<int>& steps, std::vector<std::string>* log);
 
+    // The MAXScript that writes the reference files and starts the shot, for reproducing a seed by hand.
+    std::string SetUpScript() const;
+
 private:
     struct State;
     const Scenario& scenario_;
