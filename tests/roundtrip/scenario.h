@@ -76,9 +76,9 @@ struct Scenario {
 struct Options {
     int steps = 14;
     bool modifierEdits = false;  // modifier edits on referenced nodes (off until their monitoring lands)
-    // Undoing wire colour and render switch edits: off by default, because the record keeps the undone value and
-    // puts it back at the next reload or reopen (a known fault, docs/roundtrip.md); with it off, an undo right
-    // after such an edit does nothing.
+    // Undoing wire colour, hide, freeze, display and render switch edits: off by default, because the record
+    // keeps the undone value and puts it back at the next reload or reopen, or misses the same edit made again
+    // (a known fault, docs/roundtrip.md); with it off, an undo right after such an edit does nothing.
     bool undoAll = false;
 };
 

@@ -411,8 +411,13 @@ struct ShotRunner::State {
     bool UndoStep() {
         if (!beforeLastEdit || edits.empty()) return Skip("undo with no edit to undo");
         const Edit last = edits.back();
-        if ((last.kind == StepKind::WireColour || last.kind == StepKind::Render) && !options.undoAll)
-            return Skip("undo of a wire colour or render switch edit (known fault, --undo-all)");
+        // The node record keeps these values as it read them from the node's change messages, and an undo does
+        // not reach them (known fault, docs/roundtrip.md).
+        const bool rereadValue = last.kind == StepKind::WireColour || last.kind == StepKind::Render ||
+                                 last.kind == StepKind::Display || last.kind == StepKind::Hide ||
+                                 last.kind == StepKind::Freeze;
+        if (rereadValue && !options.undoAll)
+            return Skip("undo of a wire colour, hide, freeze, display or render edit (known fault, --undo-all)");
         if (!Script("max undo", "undo")) return false;
         edits.pop_back();
         if (last.kind == StepKind::Rename) {
