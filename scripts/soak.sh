@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Runs the round-trip tester over N seeds (from FIRST, default 1) in chunks of 100, so that a crash costs one
-# chunk only, and prints a summary: seeds run, seeds failed, crashed chunks. The failures' reports go to
-# soak-<first>-<N>.log beside the summary (in the current folder). The shortest failing sequence of a seed is
+# chunk only, and prints a summary: seeds run, seeds failed, crashed chunks, the failures by kind. The failures'
+# reports go to soak-<first>-<N>.log in the build folder. The shortest failing sequence of a seed is
 # found afterwards with `roundtrip --seed S` (the soak skips that search to keep going).
 #
 #   scripts/soak.sh N [FIRST] [BUILD_DIR]
@@ -11,7 +11,7 @@ first=${2:-1}
 build=${3:-$(dirname "$0")/../build}
 tester="$build/bin/roundtrip"
 [ -x "$tester" ] || { echo "no $tester: build the roundtrip target first" >&2; exit 2; }
-log="soak-$first-$count.log"
+log="$build/soak-$first-$count.log"
 : > "$log"
 failed=0 crashed=0 seed=$first last=$((first + count))
 while [ "$seed" -lt "$last" ]; do

@@ -446,7 +446,7 @@ struct ShotRunner::State {
         for (std::size_t i = 0; i < nodes.size(); ++i)
             if (nodes[i].parent >= 0 && below.count(nodes[i].parent)) below.insert(static_cast<int>(i));
         for (const Edit& e : edits)
-            if (e.target.ref == id.ref && below.count(e.target.index) &&
+            if (e.target.ref == id.ref && below.count(e.target.index) && !(e.target == id) &&
                 (e.property == "pos" || e.property == "turn" || e.property == "parent"))
                 return false;
         std::set<std::string> want;
@@ -467,6 +467,12 @@ struct ShotRunner::State {
         static const char* const kProperties[] = {"wire", "size", "hidden", "renderable", "pos"};
         const auto nodes = ReferencedNodes();
         std::optional<std::pair<NodeId, std::string>> pick;
+        // Every other change goes, where it can, to a value that is also edited locally (the newest such edit).
+        if (st.draw[1] % 2 == 0)
+            for (auto e = edits.rbegin(); e != edits.rend() && !pick; ++e)
+                if (e->target.ref >= 0 && std::count(std::begin(kProperties), std::end(kProperties), e->property) &&
+                    Changeable(e->target, e->property))
+                    pick = {e->target, e->property};
         for (std::size_t k = 0; k < nodes.size() * 5 && !pick; ++k) {
             const NodeId id = nodes[(st.draw[0] + k / 5) % nodes.size()];
             const std::string prop = kProperties[(st.draw[1] + k) % 5];
