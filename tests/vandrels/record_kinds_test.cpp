@@ -205,6 +205,14 @@ TEST_F(RecordKinds, AnAnimatableThatRefersToOtherItemsIsModifiedWhenOneIsSwapped
     }
     EXPECT_FALSE(record->IsModified());
 
+    // A clone holds the same items (they were not cloned with it).
+    auto* clone = dynamic_cast<RefAnimWithRefs*>(CloneRefHierarchy(record));
+    ASSERT_NE(clone, nullptr);
+    ASSERT_EQ(clone->NumRefs(), 3);
+    EXPECT_EQ(clone->GetReference(1), c);
+    EXPECT_EQ(clone->GetReference(2), b);
+    clone->DeleteMe();
+
     // The count chunk sizes the list the host fills on load.
     const std::vector<std::uint8_t> bytes = Saved(record);
     const ChunkList chunks = TopChunks(bytes);

@@ -86,8 +86,14 @@ void RefAnimWithRefs::BaseClone(ReferenceTarget* from, ReferenceTarget* to, Rema
     auto* src = dynamic_cast<RefAnimWithRefs*>(from);
     auto* dst = dynamic_cast<RefAnimWithRefs*>(to);
     if (!src || !dst) return;
-    // The items are shared, not cloned: they belong to the scene.
-    dst->holdRefs(src->heldRefs_);
+    // The items belong to the scene: a clone holds the items' clones where the same clone made them, else the
+    // items themselves.
+    Tab<ReferenceTarget*> items;
+    for (ReferenceTarget* item : src->heldRefs_) {
+        ReferenceTarget* mapped = item ? remap.FindMapping(item) : nullptr;
+        items.Append(mapped ? mapped : item);
+    }
+    dst->holdRefs(items);
     dst->following_ = src->following_;
 }
 
