@@ -35,7 +35,8 @@ public:
 
 // The description as the listing's text: one "key: value" line per value, nested objects and lists indented by
 // two spaces, list entries led by "- "; a text holding line breaks, quotes or surrounding blanks is shown as a
-// quoted string literal; an empty list reads "key: none".
+// quoted string literal; an empty list reads "key: none"; a small list entry (plain values and at most one list of
+// texts) reads as one line "- key: value, key: a, b".
 MSTR SceneInfoText(const std::function<void(InfoWriter&)>& describe);
 // The description as JSON: the values written at the top level form one JSON object.
 MSTR SceneInfoJson(const std::function<void(InfoWriter&)>& describe);

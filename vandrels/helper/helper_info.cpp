@@ -1,5 +1,6 @@
 // The helper in the scene-info listing (`maxhost info`, PrintData mode 2): which file it references and with
-// which options, the nodes deleted locally, the renamed layers and every record with what it overrides. Node
+// which options, the nodes deleted locally, the renamed layers and every record that keeps something (a record
+// without overrides carries nothing a save keeps) with what it overrides. Node
 // records of a loaded reference also say whether their last load found their node: those that did not hold edits
 // the user must look at.
 #include "helper/helper_params.h"
@@ -45,7 +46,7 @@ void VandrelsHelper::DescribeSceneInfo(InfoWriter& out) {
     out.EndList();
     out.BeginList(L"nodeRecords");
     for (RefNode* record : data_.refNodes) {
-        if (!record) continue;
+        if (!record || !record->HasOverrides()) continue;
         out.BeginObject(nullptr);
         vandrels::DescribeNodeRecord(record, out, loaded);
         out.EndObject();
@@ -59,7 +60,7 @@ void VandrelsHelper::DescribeSceneInfo(InfoWriter& out) {
     }
     out.BeginList(L"materialRecords");
     for (RefMaterial* record : data_.refMaterials) {
-        if (!record) continue;
+        if (!record || !record->HasOverrides()) continue;
         out.BeginObject(nullptr);
         vandrels::DescribeMaterialRecord(record, out);
         out.EndObject();

@@ -31,6 +31,8 @@ public:
     void Text(const MCHAR* key, const MCHAR* value) override { line(key, shown(value ? value : L"")); }
     void Number(const MCHAR* key, int value) override { line(key, std::to_wstring(value)); }
     void Flag(const MCHAR* key, bool value) override { line(key, value ? L"yes" : L"no"); }
+    // A list entry written as it is (no quoting).
+    void RawEntry(const std::wstring& text) { line(nullptr, text); }
     std::wstring out;
 
 private:
@@ -59,12 +61,158 @@ private:
         out += value;
         out += L'\n';
     }
+public:
     static std::wstring shown(const std::wstring& value) {
         const bool plain = value.find_first_of(L"\"\\\r\n\t") == std::wstring::npos && !value.empty() &&
                            value.front() != L' ' && value.back() != L' ';
         return plain ? value : MaxScriptStringLiteral(value);
     }
     std::vector<Frame> frames_;
+};
+
+// Lets a small list entry (texts, numbers, flags and at most one list of texts) read as one line,
+// "- path: TM/Position, type: RefAnim, states: LocDep"; any other entry is written out in full.
+class CompactTextWriter : public InfoWriter {
+public:
+    explicit CompactTextWriter(TextWriter& to) : to_(to) {}
+    void BeginObject(const MCHAR* key) override {
+        if (buffering_) {
+            record(Event::BeginObject, key);
+            ++depth_;
+            return;
+        }
+        if (!key && inList()) {
+            buffering_ = true;
+            depth_ = 1;
+            events_.clear();
+            return;
+        }
+        lists_.push_back(false);
+        to_.BeginObject(key);
+    }
+    void EndObject() override {
+        if (buffering_) {
+            if (--depth_ == 0) finishEntry();
+            else record(Event::EndObject, nullptr);
+            return;
+        }
+        lists_.pop_back();
+        to_.EndObject();
+    }
+    void BeginList(const MCHAR* key) override {
+        if (buffering_) {
+            record(Event::BeginList, key);
+            ++depth_;
+            return;
+        }
+        lists_.push_back(true);
+        to_.BeginList(key);
+    }
+    void EndList() override {
+        if (buffering_) {
+            record(Event::EndList, nullptr);
+            --depth_;
+            return;
+        }
+        lists_.pop_back();
+        to_.EndList();
+    }
+    void Text(const MCHAR* key, const MCHAR* value) override {
+        if (buffering_) return record(Event::Text, key, value ? value : L"");
+        to_.Text(key, value);
+    }
+    void Number(const MCHAR* key, int value) override {
+        if (buffering_) return record(Event::Number, key, std::to_wstring(value));
+        to_.Number(key, value);
+    }
+    void Flag(const MCHAR* key, bool value) override {
+        if (buffering_) return record(Event::Flag, key, value ? L"yes" : L"no");
+        to_.Flag(key, value);
+    }
+
+private:
+    struct Event {
+        enum Kind { BeginObject, EndObject, BeginList, EndList, Text, Number, Flag } kind;
+        bool hasKey;
+        std::wstring key;
+        std::wstring value;
+    };
+    bool inList() const { return !lists_.empty() && lists_.back(); }
+    void record(Event::Kind kind, const MCHAR* key, std::wstring value = {}) {
+        events_.push_back({kind, key != nullptr, key ? key : L"", std::move(value)});
+    }
+    void finishEntry() {
+        buffering_ = false;
+        std::vector<Event> events = std::move(events_);
+        events_.clear();
+        bool plain = true;
+        int lists = 0;
+        for (const Event& e : events) {
+            plain = plain && e.kind != Event::BeginObject;
+            lists += e.kind == Event::BeginList;
+        }
+        plain = plain && lists <= 1;
+        if (plain) {
+            to_.RawEntry(inlineText(events));
+            return;
+        }
+        lists_.push_back(false);
+        to_.BeginObject(nullptr);
+        for (const Event& e : events) replay(e);
+        lists_.pop_back();
+        to_.EndObject();
+    }
+    void replay(const Event& e) {
+        const MCHAR* key = e.hasKey ? e.key.c_str() : nullptr;
+        switch (e.kind) {
+        case Event::BeginObject: BeginObject(key); break;
+        case Event::EndObject: EndObject(); break;
+        case Event::BeginList: BeginList(key); break;
+        case Event::EndList: EndList(); break;
+        case Event::Text: Text(key, e.value.c_str()); break;
+        case Event::Number: Number(key, std::stoi(e.value)); break;
+        case Event::Flag: Flag(key, e.value == L"yes"); break;
+        }
+    }
+    static std::wstring inlineText(const std::vector<Event>& events) {
+        std::wstring text;
+        bool inItems = false;
+        bool anyItem = false;
+        for (const Event& e : events) {
+            switch (e.kind) {
+            case Event::BeginList:
+                if (!text.empty()) text += L", ";
+                text += e.key + L": ";
+                inItems = true;
+                anyItem = false;
+                break;
+            case Event::EndList:
+                text += anyItem ? L"" : L"none";
+                inItems = false;
+                break;
+            case Event::Text:
+            case Event::Number:
+            case Event::Flag: {
+                const std::wstring value = e.kind == Event::Text ? TextWriter::shown(e.value) : e.value;
+                if (inItems) {
+                    text += (anyItem ? L", " : L"") + value;
+                    anyItem = true;
+                } else {
+                    if (!text.empty()) text += L", ";
+                    text += e.key + L": " + value;
+                }
+                break;
+            }
+            default: break;
+            }
+        }
+        return text;
+    }
+    TextWriter& to_;
+    std::vector<bool> lists_;
+    std::vector<Event> events_;
+    bool buffering_ = false;
+    int depth_ = 0;
 };
 
 class JsonWriter : public InfoWriter {
@@ -145,7 +293,8 @@ private:
 
 MSTR SceneInfoText(const std::function<void(InfoWriter&)>& describe) {
     TextWriter writer;
-    describe(writer);
+    CompactTextWriter compact(writer);
+    describe(compact);
     return MSTR(writer.out.c_str());
 }
 
