@@ -4,6 +4,7 @@
 #include "maxscript/string_literal.h"
 
 #include <string>
+#include <string_view>
 
 namespace vandrels {
 
@@ -11,9 +12,8 @@ namespace {
 
 // The reason of a caught script error: "-- Runtime error: <reason>" gives "<reason>".
 MSTR ReasonOf(std::wstring text) {
-    if (text.rfind(L"-- ", 0) == 0) text.erase(0, 3);
-    const std::size_t label = text.find(L"error: ");
-    if (label != std::wstring::npos && label < 40) text.erase(0, label + 7);
+    constexpr std::wstring_view kLabel = L"-- Runtime error: ";
+    if (text.rfind(kLabel, 0) == 0) text.erase(0, kLabel.size());
     while (!text.empty() && (text.back() == L'\n' || text.back() == L'\r')) text.pop_back();
     return MSTR(text.c_str());
 }
