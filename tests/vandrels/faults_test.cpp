@@ -1,5 +1,5 @@
-// Faults that must lose nothing: a reference file cut short or replaced by a folder while it is reloaded, a shot
-// saved into a read-only folder or onto a full disk. Each gives an error with the host's reason, leaves the scene
+// Faults that must lose nothing: a reference file cut short or replaced by a folder while it is reloaded or when
+// the shot opens, a shot saved into a read-only folder or onto a full disk. Each gives an error with the host's reason, leaves the scene
 // in memory as it was (whole-scene comparison) and the shot file on disk byte for byte as it was. And hostile
 // names: a reference file, a node and a setting whose names hold quotes, backslashes, line breaks and percent
 // signs are used as the names they are and run nothing.
@@ -126,6 +126,30 @@ TEST_F(Faults, AReloadOfAFileCutShortOrReplacedByAFolderLeavesTheReferenceAsItWa
     fs::remove(set);
     WriteBytes(set, whole);
     EXPECT_EQ(RunInt(L"h.baseObject.Reload()"), 1);
+    EXPECT_EQ(JoinDifferences(CompareSnapshots(before, TakeSnapshot(), {true})), "");
+}
+
+TEST_F(Faults, AShotOpenedWhileItsReferenceIsAFolderLosesNoEdit) {
+    BuildShot();
+    const auto before = TakeSnapshot();
+    const fs::path set = reference_.ToUTF8();
+    fs::rename(set, folder_ / "set.whole");
+    fs::create_directory(set);
+    auto& listener = hostrt::Listener::Instance();
+    listener.Clear();
+
+    // The shot opens without the set's content, says why, and its records keep the edits through another save.
+    ASSERT_TRUE(GetCOREInterface()->LoadFromFile(shot_.data()));
+    EXPECT_NE(listener.Text().find(std::wstring(reference_.data()) + L": cannot open: Is a directory"),
+              std::wstring::npos)
+        << Utf8(listener.Text());
+    EXPECT_EQ(Node(L"Base"), nullptr);
+    ASSERT_EQ(RunInt(L"if saveMaxFile " + Literal(shot_) + L" then 1 else 0"), 1);
+
+    // With the file back the shot opens as it was.
+    fs::remove(set);
+    fs::rename(folder_ / "set.whole", set);
+    ASSERT_TRUE(GetCOREInterface()->LoadFromFile(shot_.data()));
     EXPECT_EQ(JoinDifferences(CompareSnapshots(before, TakeSnapshot(), {true})), "");
 }
 
