@@ -238,3 +238,30 @@ TEST_F(ModifierOverrides, UndoOfAnAddedModifier) {
     Reopen();
     EXPECT_SAME_SCENE(fresh);
 }
+
+// A stack the user put in place of the file's whole object-space stack comes back after reopen and Reload; the
+// "Base Object" reset forgets it, and the next reload brings the file's stack back.
+TEST_F(ModifierOverrides, AReplacedStackComesBackUntilBaseObjectIsReset) {
+    const auto fresh = hostrt::test::TakeSnapshot();
+    Script(L"t = box name:\"Spare\" height:40; addModifier t (shell name:\"Shell\"); addModifier t (twist name:\"Twist\")");
+    INode* spare = GetCOREInterface()->GetINodeByName(L"Spare");
+    ASSERT_NE(spare, nullptr);
+    NodeOf(crate)->SetObjectRef(spare->GetObjectRef());
+    GetCOREInterface()->DeleteNode(spare, FALSE);
+    EXPECT_EQ(crate->GetOverrideFlags() & (kNodeModifiers | kNodeObjectSpaceReplaced),
+              std::uint32_t(kNodeModifiers | kNodeObjectSpaceReplaced));
+    ASSERT_EQ(StackOf(NodeOf(crate)), "Twist Shell");
+    const auto replaced = hostrt::test::TakeSnapshot();
+
+    Reopen();
+    EXPECT_EQ(StackOf(NodeOf(crate)), "Twist Shell");
+    EXPECT_SAME_SCENE(replaced);
+    Reload();
+    EXPECT_SAME_SCENE(replaced);
+
+    Script(L"Vandrels.AdvancedReset references:#(1) parameters:#{1}");
+    EXPECT_EQ(crate->GetOverrideFlags() & kNodeObjectSpaceReplaced, 0u);
+    Reload();
+    EXPECT_EQ(StackOf(NodeOf(crate)), "Taper Bend");
+    EXPECT_SAME_SCENE(fresh);
+}
