@@ -1,7 +1,8 @@
 // Modifier stacks of referenced nodes edited as a user edits them (a modifier added on top and in the middle,
 // one deleted, one renamed, one switched off in the viewport) survive save and open, Reload, and unload then
 // load, with the whole scene compared; the reference file changing under the stored edits; same-named
-// modifiers; the "Modifiers" reset; referenced entries saved as empty chunks; undo of an added modifier.
+// modifiers; the "Modifiers" and "Base Object" resets; a whole stack replaced locally; a local space-warp binding;
+// referenced entries saved as empty chunks; undo of an added modifier and of a switched one.
 #include "helper/vandrels_helper.h"
 #include "records/ref_node.h"
 
@@ -264,4 +265,25 @@ TEST_F(ModifierOverrides, AReplacedStackComesBackUntilBaseObjectIsReset) {
     Reload();
     EXPECT_EQ(StackOf(NodeOf(crate)), "Taper Bend");
     EXPECT_SAME_SCENE(fresh);
+}
+
+// A referenced node bound to a local space warp keeps the binding (a local world-space entry) after reopen; undo
+// of a switched modifier takes its change entry back, so the reopened scene shows the file's switch.
+TEST_F(ModifierOverrides, ALocalSpaceWarpBindingStaysAndAnUndoneSwitchIsForgotten) {
+    Script(L"bindSpaceWarp $Crate (wind name:\"Gust\")");
+    ASSERT_NE(NodeOf(crate)->GetWSMDerivedObject(), nullptr);
+    EXPECT_NE(crate->ModifierLines().find(L"\nWSRefMods: \nName: "), -1);
+    EXPECT_NE(crate->ModifierLines().find(L", State: 1, Toggles: 7, Modifier: "), -1) << WStr(crate->ModifierLines()).ToUTF8();
+    theHold.Begin();
+    Script(L"$Crate.modifiers[\"Taper\"].enabled = false");
+    theHold.Accept(L"Switch");
+    EXPECT_NE(crate->ModifierLines().find(L"\nToggledMods: \nName: Taper"), -1);
+    ASSERT_TRUE(theHold.Undo());
+    EXPECT_EQ(crate->ModifierLines().find(L"\nToggledMods: \nName"), -1) << WStr(crate->ModifierLines()).ToUTF8();
+    EXPECT_NE(crate->ModifierLines().find(L"\nName: Taper, Index: 1, State: 0, Toggles: 7"), -1);
+    const auto before = hostrt::test::TakeSnapshot();
+    Reopen();
+    ASSERT_NE(NodeOf(crate)->GetWSMDerivedObject(), nullptr);
+    EXPECT_EQ(NodeOf(crate)->GetWSMDerivedObject()->NumModifiers(), 1);
+    EXPECT_SAME_SCENE(before);
 }

@@ -146,7 +146,11 @@ void NodeModifierMirrors::append(ModMirror mirror, RefModifier* entry, Reference
 void NodeModifierMirrors::insert(ModMirror mirror, int position, RefModifier* entry, ReferenceTarget* mod) {
     if (entry) entry->modifier = nullptr;
     List(mirror).Insert(position, 1, &entry);
-    if (entry && mod) owner_.SetMirrorReference(mirror, position, mod, false);
+    if (!entry || !mod) return;
+    // The entry keeps its own toggles (a restored reference would read them from the modifier, as a load does).
+    const std::uint8_t toggles = entry->toggles;
+    owner_.SetMirrorReference(mirror, position, mod, false);
+    entry->toggles = toggles;
 }
 
 void NodeModifierMirrors::remove(ModMirror mirror, int position, bool keepOld) {
