@@ -7,6 +7,7 @@
 #include "inode.h"
 #include "maxapi.h"
 #include "maxscript/maxscript.h"
+#include "maxscript/string_literal.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -18,20 +19,10 @@ namespace {
 
 using hostrt::test::SceneSnapshot;
 
-// Data as a MAXScript string literal: quotes, backslashes and line breaks escaped, so a name never runs as code.
+// Data as a MAXScript string literal (the host's one quoting), so a name never runs as code.
 std::string Lit(const std::string& text) {
-    std::string out = "\"";
-    for (char c : text) {
-        switch (c) {
-        case '"': out += "\\\""; break;
-        case '\\': out += "\\\\"; break;
-        case '\n': out += "\\n"; break;
-        case '\r': out += "\\r"; break;
-        case '\t': out += "\\t"; break;
-        default: out += c;
-        }
-    }
-    return out + "\"";
+    const MSTR wide = MSTR::FromUTF8(text);
+    return MSTR(MaxScriptStringLiteral(std::wstring_view(wide.data())).c_str()).ToUTF8();
 }
 
 std::string Num(double v) {
