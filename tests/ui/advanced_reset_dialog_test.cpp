@@ -44,9 +44,7 @@ protected:
     }
     template <typename T>
     T* In(const char* name) {
-        T* widget = dialog_->findChild<T*>(name);
-        EXPECT_TRUE(widget) << name;
-        return widget;
+        return uitest::FindIn<T>(dialog_, name);
     }
     QDialog* dialog_ = nullptr;
 };

@@ -59,9 +59,7 @@ protected:
     }
     template <typename T>
     T* Control(int id) {
-        T* widget = window_->findChild<T*>(QString("Control%1").arg(id));
-        EXPECT_TRUE(widget) << id;
-        return widget;
+        return uitest::FindIn<T>(window_, QString("Control%1").arg(id));
     }
     QMainWindow* window_ = nullptr;
 };

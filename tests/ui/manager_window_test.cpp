@@ -13,15 +13,18 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QMenu>
-#include <QTest>
 #include <QComboBox>
+#include <QMenu>
 #include <QPushButton>
+#include <QTest>
 #include <QTimer>
+
+#include <optional>
 
 namespace {
 
 using uitest::Setting;
+using uitest::Text;
 using uitest::Truth;
 using vtest::Node;
 using vtest::RunInt;
@@ -338,6 +341,31 @@ TEST_F(ManagerWindow, FilePickerHistoryMovesToAFolderAndPlusNumbersTheNameOn) {
     ASSERT_EQ(Table()->rowCount(), 1);
     EXPECT_EQ(Table()->item(0, 4)->text(), QString::fromStdWString(shotsFolder + L"/shot08.max"));
     EXPECT_EQ(Setting(L"Path1", L"Vandrels History"), shotsFolder);
+}
+
+// The "+" button numbers the typed name on whatever it ends in, keeping an extension of up to five characters.
+TEST_F(ManagerWindow, FilePickerPlusNumbersEveryKindOfNameOn) {
+    const std::pair<const wchar_t*, const wchar_t*> cases[] = {
+        {L"shot07.max", L"shot08.max"}, {L"shot.max", L"shot01.max"}, {L"shot99.max", L"shot100.max"},
+        {L"take9.max", L"take901.max"}, {L"v12.backup", L"v12.backup01"}};
+    const std::wstring folder = MSTR::FromUTF8(folder_.string()).data();
+    auto& files = hostrt::FileDialogService::Instance();
+    for (const auto& [typed, expected] : cases) {
+        std::filesystem::copy_file(folder_ / "lamps.max", folder_ / MSTR(expected).ToUTF8());
+        // A user who types the name and presses "+" in the picker's template.
+        files.SetPresenter([&, typed = typed](const hostrt::FileDialogRequest& request) {
+            std::optional<std::vector<std::wstring>> picked;
+            if (!request.extension) return picked;
+            request.extension->SetCurrent(folder, typed);
+            request.extension->Press(IDC_NEXT_NUMBER);
+            if (request.extension->TakeConfirm()) picked = std::vector<std::wstring>{folder + L"/" + request.extension->Name()};
+            return picked;
+        });
+        Script(L"Vandrels.AddVandrelDialog()");
+        files.SetPresenter(nullptr);
+        EXPECT_EQ(Text(L"(Vandrels.GetVandrel (Vandrels.NumVandrels())).baseObject.FileName"), folder + L"/" + expected)
+            << typed;
+    }
 }
 
 }  // namespace

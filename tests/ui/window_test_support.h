@@ -45,6 +45,14 @@ private:
     QString scheme_;
 };
 
+// The widget of that object name below root (the test fails when there is none).
+template <typename T>
+T* FindIn(QObject* root, const QString& name) {
+    T* widget = root ? root->findChild<T*>(name) : nullptr;
+    EXPECT_TRUE(widget) << name.toStdString();
+    return widget;
+}
+
 // Runs answer on the next file dialog that opens modally while run() runs (the test fails when none opens).
 void WithNextFileDialog(const std::function<void(QFileDialog&)>& answer, const std::function<void()>& run);
 
@@ -64,9 +72,7 @@ protected:
     QDialog* OpenManager();
     template <typename T>
     T* Find(const char* name) {
-        T* widget = manager_->findChild<T*>(name);
-        EXPECT_TRUE(widget) << name;
-        return widget;
+        return FindIn<T>(manager_, name);
     }
     QTableWidget* Table() { return Find<QTableWidget>("ReferenceTable"); }
     // Clicks the table row (with Ctrl held when adding to the selection).
