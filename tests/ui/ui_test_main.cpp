@@ -21,7 +21,7 @@ int main(int argc, char** argv) {
     setenv("QT_QPA_PLATFORM", "offscreen", 0);
     // The rollout sample (a helper with spinners and a drop-down list) starts with Vandrels.
     std::string problem;
-    if (!hostrt::PluginManager::Instance().LoadLibrary(std::filesystem::path(MAXHOST_TEST_PLUGIN_DIR) / "RolloutSample.dlo",
+    if (!hostrt::PluginManager::Instance().LoadLibrary(std::filesystem::path(UI_TEST_PLUGIN_DIR) / "RolloutSample.dlo",
                                                        problem)) {
         std::fprintf(stderr, "RolloutSample.dlo: %s\n", problem.c_str());
         return 1;
