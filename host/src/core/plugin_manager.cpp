@@ -124,6 +124,9 @@ void PluginManager::Startup() {
 void PluginManager::Shutdown() {
     if (shutDown_) return;
     shutDown_ = true;
+    // Whatever kind of session ends (a script run, the listener, the window), what was started hears the end
+    // before the libraries shut down.
+    if (started_) BroadcastNotification(NOTIFY_SYSTEM_SHUTDOWN);
     for (auto it = libs_.rbegin(); it != libs_.rend(); ++it)
         if (it->shutdown) it->shutdown();
 }
