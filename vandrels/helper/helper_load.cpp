@@ -128,6 +128,18 @@ bool MonitorNodes(VandrelsHelper* helper, LoadWork& work) {
     return duplicates;
 }
 
+// Records re-apply their links one by one, so a link that closes a loop until a later record moves its node is
+// refused at first; the links are tried again until none more can be made (each round makes at least one).
+void ReapplyRefusedLinks(VandrelsHelper* helper) {
+    const int records = helper->NodeRecords().Count();
+    for (int round = 0; round < records; ++round) {
+        bool made = false;
+        for (RefNode* record : helper->NodeRecords())
+            if (record && record->ReapplyRefusedLinks()) made = true;
+        if (!made) return;
+    }
+}
+
 // Adds the new materials to the scene's material library under names no other material of it has.
 void AddMaterialsToScene(const Tab<Mtl*>& newMaterials) {
     MtlBaseLib* lib = GetCOREInterface()->GetSceneMtls();
@@ -261,6 +273,7 @@ int VandrelsHelper::Load() {
                 CollectNodesToDelete(this, work);
                 step = IDS_STEP_LOAD_NODES_TO_DELETE_COLLECTED;
                 duplicatesFound = MonitorNodes(this, work);
+                ReapplyRefusedLinks(this);
                 work.mergedNodes.Compact();
                 step = IDS_STEP_LOAD_NODES_MONITORED;
 

@@ -51,6 +51,10 @@ public:
     void CaptureBaseline() override;
     void Update(ReferenceTarget* newTarget) override;
     void FinishLoad() override;
+    // Once every record of a load is bound: makes again the stored parent and local-children links that the host
+    // refused while the records re-applied one by one (a link that would have closed a loop until a later record
+    // moved its node). Answers whether a link was made.
+    bool ReapplyRefusedLinks();
     // Re-applies every stored category in its fixed order (records/ref_node_override.cpp).
     void Override() override;
     // Clears the categories mask selects, then resets the animatable records.

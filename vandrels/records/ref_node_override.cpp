@@ -255,6 +255,24 @@ void RefNode::overrideObjectLocalDependent(INode* node) {
     if (data_.localDependent) DeleteReference(Slots().LocalDependent());
 }
 
+bool RefNode::ReapplyRefusedLinks() {
+    INode* node = GetNode();
+    if (!node) return false;
+    bool made = false;
+    if (data_.overrideFlags & kNodeParent) {
+        INode* before = node->GetParentNode();
+        if (data_.parent) overrideParent(node);
+        made = node->GetParentNode() != before;
+    }
+    if (data_.overrideFlags & kNodeChildren)
+        for (INode* child : data_.children)
+            if (child && child->GetParentNode() != node) {
+                node->AttachChild(child, FALSE);
+                made = made || child->GetParentNode() == node;
+            }
+    return made;
+}
+
 void RefNode::overrideChildren(INode* node) {
     for (INode* child : data_.children)
         if (child && child->GetParentNode() != node) node->AttachChild(child, FALSE);
