@@ -2,6 +2,7 @@
 #include "plugin_manager.h"
 
 #include "class_directory.h"
+#include "hold.h"
 #include "notify.h"
 
 #include <dlfcn.h>
@@ -124,6 +125,9 @@ void PluginManager::Startup() {
 void PluginManager::Shutdown() {
     if (shutDown_) return;
     shutDown_ = true;
+    // The undo history goes while the libraries and the scene are still there: its records own restore data
+    // and may pin objects of both. Left to the end of the process, nobody would free them.
+    theHold.FlushUndoBuffer();
     for (auto it = libs_.rbegin(); it != libs_.rend(); ++it)
         if (it->shutdown) it->shutdown();
 }

@@ -32,7 +32,7 @@ public:
     bool LoadLibrary(const std::filesystem::path& file, std::string& problem);
     // Broadcasts system start-up (once) after the libraries are loaded.
     void Startup();
-    // Calls every library's LibShutdown, last loaded first (once).
+    // Empties the undo history, then calls every library's LibShutdown, last loaded first (once).
     void Shutdown();
 
     const std::vector<LoadedLibrary>& Libraries() const { return libs_; }
