@@ -26,6 +26,7 @@ constexpr CommandSpec kCommands[] = {
     {"demo", 0, 0, "takes no arguments"},
     {"run", 1, 1, "needs one script file"},
     {"eval", 1, 1, "needs one text"},
+    {"info", 1, 1, "needs one scene file"},
     {"gui", 0, 1, "takes at most one scene file"},
 };
 
@@ -90,6 +91,7 @@ CommandLine ParseCommandLine(int argc, const char* const* argv) {
         if (name == "--plugins") line.options.pluginDirs.push_back(value);
         else if (name == "--ini") line.options.iniFile = value;
         else if (name == "--quiet") line.options.quiet = true;
+        else if (name == "--json") line.options.json = true;
         else if (name == "--ui-scale") {
             char* end = nullptr;
             const double scale = std::strtod(value.c_str(), &end);
@@ -124,6 +126,8 @@ const char* HelpText() {
            "  demo            reference a small scene with Vandrels, edit it, save the shot and open it again\n"
            "  run FILE.ms     run a MAXScript file; the listener goes to standard output\n"
            "  eval TEXT       run a MAXScript text and print its value\n"
+           "  info SCENE      list what a scene file's reference helpers hold (files, options, records and\n"
+           "                  their overrides) without loading the references; --json for pipelines\n"
            "  gui [SCENE]     the host's window: the scene's node tree, the MAXScript listener and the command\n"
            "                  panel; opens SCENE (a .max file) when given\n"
            "  (none)          a MAXScript listener reading lines from standard input\n"
@@ -137,6 +141,7 @@ const char* HelpText() {
            "  --ui-scale F    gui: the user interface's scale factor (1 = 100 %, 1.5 = 150 %)\n"
            "  --script FILE   gui: run this MAXScript file once the window is shown\n"
            "  --grab DIR      gui: after the script, save every shown window as DIR/<window>.png and exit\n"
+           "  --json          info: write the listing as JSON\n"
            "  --version       print the version and exit\n"
            "  -h, --help      print this help and exit\n"
            "\n"

@@ -15,6 +15,8 @@ struct Options {
     float uiScale = 1.0f;
     std::string guiScript;   // run once the window is shown
     std::string grabFolder;  // save the shown windows there after the script, then end
+    // info only.
+    bool json = false;
 };
 
 // Sets the host up: settings, built-in classes, plug-in libraries, start-up broadcast.
@@ -23,6 +25,8 @@ void StartHost(const Options& opts);
 void StopHost();
 
 int ListPlugins(std::FILE* out);
+// The listing of a scene file's objects that describe themselves (maxhost info), as text or JSON.
+int ShowSceneInfo(const std::string& file, bool json, std::FILE* out);
 int RunDemo(std::FILE* out);
 
 // MAXScript: run a script file or a text headless (the listener on standard output, an uncaught error on

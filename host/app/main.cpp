@@ -1,5 +1,5 @@
 // maxhost: the host application. Reads its command line, loads the plug-in libraries, then runs a command
-// (`maxhost --help` lists them): plugins, demo, run FILE.ms, eval TEXT, gui [SCENE], or the MAXScript
+// (`maxhost --help` lists them): plugins, demo, run FILE.ms, eval TEXT, info SCENE, gui [SCENE], or the MAXScript
 // listener.
 #include "command_line.h"
 #include "commands.h"
@@ -29,6 +29,7 @@ int main(int argc, char** argv) {
     else if (line.command == "demo") rc = maxhost::RunDemo(stdout);
     else if (line.command == "run") rc = maxhost::RunScriptFile(line.args[0]);
     else if (line.command == "eval") rc = maxhost::EvalText(line.args[0]);
+    else if (line.command == "info") rc = maxhost::ShowSceneInfo(line.args[0], line.options.json, stdout);
     else if (line.command == "gui") rc = maxhost::RunGui(line.options, line.args.empty() ? "" : line.args[0]);
     else rc = maxhost::RunListener(stdin);
     // quitMax in a callback script ends the application once the script that caused the callback is done.

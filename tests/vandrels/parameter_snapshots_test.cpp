@@ -11,6 +11,7 @@
 #include "../host/scene_compare.h"
 #include "io/chunk_reader.h"
 #include "io/chunk_writer.h"
+#include "istdplug.h"
 #include "inode.h"
 #include "iparamb2.h"
 #include "maxapi.h"
@@ -135,6 +136,15 @@ TEST_F(ParameterSnapshots, LocalEditsComeBackAfterSaveAndReopenAndAfterReload) {
     ExpectLocalValues();
     EXPECT_TRUE(Differences(before, hostrt::test::TakeSnapshot()).empty());
 
+    // Unloading and loading again merges the file afresh: the light's and the camera's values come back too.
+    Script(L"h = Vandrels.GetVandrel 1; h.baseObject.Unload()");
+    EXPECT_EQ(vtest::Node(L"Lamp"), nullptr);
+    EXPECT_EQ(vtest::Node(L"Cam"), nullptr);
+    Script(L"h.baseObject.Reload()");
+    ExpectLocalValues();
+    EXPECT_TRUE(Differences(before, hostrt::test::TakeSnapshot()).empty())
+        << hostrt::test::JoinDifferences(Differences(before, hostrt::test::TakeSnapshot()));
+
     // A second round keeps everything: the re-applied values are no new edits.
     Save();
     Open();
@@ -143,18 +153,90 @@ TEST_F(ParameterSnapshots, LocalEditsComeBackAfterSaveAndReopenAndAfterReload) {
 }
 
 TEST_F(ParameterSnapshots, ValuesChangedOnlyInTheReferenceFileFollowTheFile) {
-    Script(L"$Ball.segs = 9; $Ball.radius = 7; $Crate.lengthsegs = 3");
+    Script(L"$Ball.segs = 9; $Ball.radius = 7; $Crate.lengthsegs = 3; $Lamp.multiplier = 0.5; $Cam.fov = 70");
     Save();
-    // The file changes segs and radius (also changed locally) and heightsegs, width and the light's on switch
-    // (not changed locally).
-    WriteReference(L"$Ball.segs = 20; $Ball.radius = 12; $Crate.heightsegs = 4; $Crate.width = 40; $Lamp.on = false");
+    // The file changes segs, radius, the light's multiplier and the camera's field of view (also changed
+    // locally) and heightsegs, width, the light's colour and on switch and the camera's target distance (not
+    // changed locally).
+    WriteReference(L"$Ball.segs = 20; $Ball.radius = 12; $Crate.heightsegs = 4; $Crate.width = 40; $Lamp.on = false; "
+                   L"$Lamp.multiplier = 3; $Lamp.color = color 0 0 255; $Cam.fov = 20; $Cam.targetDistance = 90");
     ASSERT_NE(GetCOREInterface()->LoadFromFile(file_.data()), 0);
-    EXPECT_FLOAT_EQ(Float(L"$Ball.segs"), 9.f);
-    EXPECT_FLOAT_EQ(Float(L"$Ball.radius"), 7.f);
-    EXPECT_FLOAT_EQ(Float(L"$Crate.lengthsegs"), 3.f);
-    EXPECT_FLOAT_EQ(Float(L"$Crate.heightsegs"), 4.f);
-    EXPECT_FLOAT_EQ(Float(L"$Crate.width"), 40.f);
-    EXPECT_EQ(Script(L"$Lamp.on").i, 0);
+    const auto expectMixed = [] {
+        EXPECT_FLOAT_EQ(Float(L"$Ball.segs"), 9.f);
+        EXPECT_FLOAT_EQ(Float(L"$Ball.radius"), 7.f);
+        EXPECT_FLOAT_EQ(Float(L"$Crate.lengthsegs"), 3.f);
+        EXPECT_FLOAT_EQ(Float(L"$Crate.heightsegs"), 4.f);
+        EXPECT_FLOAT_EQ(Float(L"$Crate.width"), 40.f);
+        EXPECT_EQ(Script(L"$Lamp.on").i, 0);
+        EXPECT_FLOAT_EQ(Float(L"$Lamp.multiplier"), 0.5f);
+        EXPECT_FLOAT_EQ(Float(L"$Lamp.color.b"), 255.f);
+        EXPECT_FLOAT_EQ(Float(L"$Lamp.color.r"), 0.f);
+        EXPECT_FLOAT_EQ(Float(L"$Cam.fov"), 70.f);
+        EXPECT_FLOAT_EQ(Float(L"$Cam.targetDistance"), 90.f);
+    };
+    expectMixed();
+    // A reload of the changed file gives the same mix.
+    Script(L"Vandrels.ReloadVandrels #()");
+    expectMixed();
+}
+
+// A node put into a referenced block's node table (a skin's bones) is kept as a record of its own at the
+// table entry's path and goes into the merged block again; a resize of that table in a block of mode 0 is no
+// snapshot of the block's record, which only follows the new size.
+TEST_F(ParameterSnapshots, ANodeHeldInAReferencedBlocksTableComesBack) {
+    GetCOREInterface()->FileReset(TRUE);
+    Script(ReferenceContent(L"s = box name:\"Skinned\"; addModifier s (skin()); box name:\"Bone1\""));
+    {
+        auto* derived = dynamic_cast<IDerivedObject*>(vtest::Node(L"Skinned")->GetObjectRef());
+        ASSERT_NE(derived, nullptr);
+        auto* bones = static_cast<IParamBlock2*>(derived->GetModifier(0)->GetReference(0));
+        INode* bone = vtest::Node(L"Bone1");
+        bones->Append(skin_bones, 1, &bone);
+    }
+    Script(L"saveMaxFile " + Quoted(reference_));
+    GetCOREInterface()->FileReset(TRUE);
+    Script(L"Vandrels.AddVandrel " + Quoted(reference_));
+    theHold.FlushUndoBuffer();
+    RefAnimPblock2* skin = BlockRecord(L"Skinned", true);
+    ASSERT_NE(skin, nullptr);
+    EXPECT_EQ(skin->GetTabResizeOverride(), 0);
+    auto* block = static_cast<IParamBlock2*>(skin->GetAnim());
+    ASSERT_EQ(block->Count(skin_bones), 1);
+    ASSERT_EQ(block->GetINode(skin_bones, 0, 0), vtest::Node(L"Bone1"));
+
+    // The entry is swapped for a local node: the record is Modified and a record at
+    // "...bones/TabItem 0" holds the local node.
+    Script(L"box name:\"LocalBone\"");
+    INode* localBone = vtest::Node(L"LocalBone");
+    block->SetValue(skin_bones, 0, localBone, 0);
+    EXPECT_TRUE(skin->IsModified());
+    RefNode* owner = dynamic_cast<RefNode*>(skin->GetOwner());
+    ASSERT_NE(owner, nullptr);
+    RefAnim* entry = nullptr;
+    for (int i = 0; i < owner->NumRefAnims(); ++i)
+        if (RefAnim* record = owner->GetRefAnim(i); record && record->GetAnim() == localBone) entry = record;
+    ASSERT_NE(entry, nullptr);
+    const Tab<WStr*> path = entry->GetPath();
+    ASSERT_GE(path.Count(), 2);
+    EXPECT_EQ(*path[path.Count() - 2], WStr(L"bones"));
+    EXPECT_EQ(*path[path.Count() - 1], WStr(L"TabItem"));
+    EXPECT_EQ(entry->GetPathByNumber()[path.Count() - 1], 0);
+    EXPECT_TRUE(entry->TestOverrideBits(kOverrideReplaced));
+
+    // Growing the table in mode 0 leaves the record's snapshots alone; the new size is the new baseline, so
+    // swapping the added entry is told from a resize.
+    block->Append(skin_bones, 1, &localBone);
+    EXPECT_EQ(skin->GetOverriddenTabs().Count(), 0);
+    EXPECT_EQ(skin->GetOverriddenParams().Count(), 0);
+
+    Save();
+    Open();
+    block = static_cast<IParamBlock2*>(BlockRecord(L"Skinned", true)->GetAnim());
+    ASSERT_GE(block->Count(skin_bones), 1);
+    EXPECT_EQ(block->GetINode(skin_bones, 0, 0), vtest::Node(L"LocalBone")) << "the local node went into the merged block";
+    Script(L"Vandrels.ReloadVandrels #()");
+    block = static_cast<IParamBlock2*>(BlockRecord(L"Skinned", true)->GetAnim());
+    EXPECT_EQ(block->GetINode(skin_bones, 0, 0), vtest::Node(L"LocalBone"));
 }
 
 TEST_F(ParameterSnapshots, UndoOfAnEditRemovesItsSnapshotAndRedoBringsItBack) {

@@ -29,7 +29,8 @@ constexpr Class_ID kBaseRecord(0x8663DFA6, 0x3F273883);
 constexpr Class_ID kRefHolder(0x8663DFA5, 0x3F273890);
 constexpr Class_ID kEmptyBaseObject(0x8663DFA5, 0x3F273888);
 constexpr Class_ID kListCtrlRecord(0x00030008, 0);
-constexpr Class_ID kCamRecord(0x000B002C, 0);
+// A kind whose saved form is the base record's.
+constexpr Class_ID kReactionRecord(0x00030024, 0);
 constexpr DWORD kRecordProperty = 0x8663DFA6;
 
 template <class T> T* Make(SClass_ID sc, Class_ID id) {
@@ -125,13 +126,13 @@ TEST_F(Records, HolderNodeRecordAndAnimRecordSurviveSaveAndOpen) {
 
 // Kinds with state of their own wrap the base chunks in 0x0029; a kind without saves them unwrapped.
 TEST_F(Records, AnimRecordReadsWrappedBaseChunks) {
-    auto* cam = Make<ReferenceTarget>(kAnimRecordSuper, kCamRecord);
-    ASSERT_NE(cam, nullptr);
+    auto* reaction = Make<ReferenceTarget>(kAnimRecordSuper, kReactionRecord);
+    ASSERT_NE(reaction, nullptr);
     Bytes wrapped;
     wrapped.Wrapped(0x0029, AnimBaseBytes(0x41, 0)).Chunk(0x002A, std::int32_t(77));
-    ASSERT_EQ(LoadInto(cam, wrapped.Get()), IO_OK);
-    EXPECT_EQ(SavedBy(cam), AnimBaseBytes(0x41, 0).Get());
-    cam->DeleteThis();
+    ASSERT_EQ(LoadInto(reaction, wrapped.Get()), IO_OK);
+    EXPECT_EQ(SavedBy(reaction), AnimBaseBytes(0x41, 0).Get());
+    reaction->DeleteThis();
 
     // Unknown chunks of a record are skipped.
     auto* rec = Make<ReferenceTarget>(kRecordSuper, kBaseRecord);
@@ -177,7 +178,7 @@ TEST_F(Records, RecordClonesKeepOnlyOverriddenAnimRecords) {
 
     auto* clean = Make<ReferenceTarget>(kAnimRecordSuper, kListCtrlRecord);
     ASSERT_EQ(LoadInto(clean, AnimBaseBytes(0x00).Get()), IO_OK);
-    auto* replaced = Make<ReferenceTarget>(kAnimRecordSuper, kCamRecord);
+    auto* replaced = Make<ReferenceTarget>(kAnimRecordSuper, kReactionRecord);
     ASSERT_EQ(LoadInto(replaced, AnimBaseBytes(0x01).Get()), IO_OK);
     auto* localAnim = Make<ReferenceTarget>(GEOMOBJECT_CLASS_ID, kEmptyBaseObject);
     replaced->ReplaceReference(0, localAnim);
@@ -193,7 +194,7 @@ TEST_F(Records, RecordClonesKeepOnlyOverriddenAnimRecords) {
     ReferenceTarget* replacedClone = clone->GetReference(2);
     ASSERT_NE(replacedClone, nullptr);
     EXPECT_NE(replacedClone, replaced);
-    EXPECT_EQ(replacedClone->ClassID(), kCamRecord);
+    EXPECT_EQ(replacedClone->ClassID(), kReactionRecord);
     EXPECT_EQ(SavedBy(replacedClone), AnimBaseBytes(0x01, 0).Get());  // paths and state; the option starts anew
     ASSERT_NE(replacedClone->GetReference(0), nullptr);
     EXPECT_NE(replacedClone->GetReference(0), localAnim);

@@ -4,11 +4,17 @@
 // No script reaches these operations: the library makes the records, and the tests call the records' own
 // virtual operations through the record classes' declarations (the inline accessors read their fields).
 #include "anims/ref_anim.h"
+#include "anims/ref_anim_mod.h"
+#include "frame/module_state.h"
 #include "helper/vandrels_helper.h"
 #include "records/ref_node.h"
+#include "records/subanim_space.h"
 
 #include "core/fnpub.h"
 #include "inode.h"
+#include "io/chunk_reader.h"
+#include "io/chunk_writer.h"
+#include "notify.h"
 #include "maxapi.h"
 #include "maxscript/maxscript.h"
 #include "object.h"
@@ -224,6 +230,101 @@ TEST_F(RefAnimModifiers, AModifiedModifierGoesBackInPlaceOfTheMergedOne) {
 
     user->DeleteMe();
     holder->DeleteMe();
+}
+
+// The modifier record's own collect and override: a Modified bend keeps its context (and, with local data, a
+// holder object that a save lets go of again) and goes back into a fresh stack; a clean one follows the merged
+// bend.
+TEST_F(RefAnimModifiers, AModifierRecordKeepsItsContextAndPutsItsModifierBack) {
+    auto* record = dynamic_cast<RefAnimWithRefsMod*>(bendRecord);
+    ASSERT_NE(record, nullptr) << "a bend holds its block: a modifier record with references";
+    // Reference 1 is the holder object; the items the bend refers to (its block) follow it.
+    ASSERT_EQ(record->NumRefs(), 3);
+    EXPECT_EQ(record->GetReference(1), nullptr);
+    EXPECT_EQ(record->GetReference(2), bend->GetReference(0));
+    ModContext* context = derived->GetModContext(1);
+    delete context->tm;
+    context->tm = new Matrix3(Offset(4.f));
+
+    // Clean: a collect keeps nothing.
+    record->Collect(node);
+    EXPECT_EQ(record->GetKeptContext(), nullptr);
+
+    // Modified: the context is kept (no local data, no holder) ...
+    record->SetOverrideState(kOverrideModified);
+    record->Collect(node);
+    ASSERT_NE(record->GetKeptContext(), nullptr);
+    ASSERT_NE(record->GetKeptContext()->tm, nullptr);
+    EXPECT_EQ(*record->GetKeptContext()->tm, Offset(4.f));
+    EXPECT_EQ(record->GetHolderObject(), nullptr);
+
+    // ... and saved with the record: 0x0029, the count of held items, then the context (52 + 24 bytes).
+    hostrt::ChunkWriter w;
+    ASSERT_EQ(record->Save(&w), IO_OK);
+    const std::vector<std::uint8_t> bytes = w.Bytes();
+    hostrt::ChunkReader r(bytes.data(), bytes.size());
+    std::vector<std::pair<USHORT, ULONG>> chunks;
+    while (r.OpenChunk() == IO_OK) {
+        chunks.emplace_back(r.CurChunkID(), r.CurChunkLength());
+        r.CloseChunk();
+    }
+    ASSERT_EQ(chunks.size(), 3u);
+    EXPECT_EQ(chunks[0].first, 0x0029);
+    EXPECT_EQ(chunks[1], (std::pair<USHORT, ULONG>{0x002A, 4}));
+    EXPECT_EQ(chunks[2], (std::pair<USHORT, ULONG>{0x0933, 76}));
+    hostrt::ChunkReader again(bytes.data(), bytes.size());
+    auto* loaded = new RefAnimWithRefsMod();
+    ASSERT_EQ(loaded->Load(&again), IO_OK);
+    ASSERT_TRUE(loaded->GetKeptContext() && loaded->GetKeptContext()->tm);
+    EXPECT_EQ(*loaded->GetKeptContext()->tm, Offset(4.f));
+    EXPECT_NE(loaded->GetKeptContext()->box, nullptr);
+    loaded->DeleteMe();
+
+    // With local data a holder keeps the bend; while saving it goes when the save is over. (A record of this
+    // process's own, so that the saving mode set here is the one it reads; its path is named the way this
+    // process names the levels.)
+    auto* saving = new RefAnimWithRefsMod();
+    MSTR modsName, bendName;
+    ASSERT_EQ(GetSubAnimByIndex(node, nullptr, 2, nullptr, modsName), derived);
+    ASSERT_EQ(GetSubAnimByIndex(derived, node, 1, nullptr, bendName), bend);
+    saving->SetPath(Tab<WStr*>{new WStr(modsName), new WStr(bendName)});
+    saving->SetPathByNumber(Tab<int>{2, 1});
+    saving->SetAnim(bend);
+    saving->SetOverrideState(kOverrideModified);
+    int localData = 3;
+    context->localData = &localData;
+    {
+        vandrels::OperationModeScope mode(vandrels::kModeSaving);
+        saving->Collect(node);
+    }
+    context->localData = nullptr;
+    Object* holder = saving->GetHolderObject();
+    ASSERT_NE(holder, nullptr);
+    EXPECT_EQ(saving->GetReference(1), holder);
+    EXPECT_TRUE(saving->IsRealDependency(holder));
+    auto* held = dynamic_cast<IDerivedObject*>(holder);
+    ASSERT_TRUE(held && held->NumModifiers() == 1 && held->GetModifier(0) == bend);
+    BroadcastNotification(NOTIFY_FILE_POST_SAVE);
+    EXPECT_EQ(saving->GetHolderObject(), nullptr);
+    saving->DeleteMe();
+
+    // The override puts the held bend in place of the merged one with the kept context.
+    INode* second = FreshCopy(L"Second");
+    auto* secondStack = dynamic_cast<IDerivedObject*>(second->GetObjectRef());
+    record->Override(second);
+    EXPECT_EQ(secondStack->GetModifier(1), bend);
+    ASSERT_NE(secondStack->GetModContext(1)->tm, nullptr);
+    EXPECT_EQ(*secondStack->GetModContext(1)->tm, Offset(4.f));
+    EXPECT_EQ(record->GetHolderObject(), nullptr);
+
+    // A clean record follows the merged bend and leaves the merged stack alone.
+    record->SetOverrideState(0);
+    INode* fresh = FreshCopy(L"Fresh");
+    auto* freshStack = dynamic_cast<IDerivedObject*>(fresh->GetObjectRef());
+    Modifier* mergedBend = freshStack->GetModifier(1);
+    record->Override(fresh);
+    EXPECT_EQ(record->GetAnim(), mergedBend);
+    EXPECT_EQ(freshStack->GetModifier(1), mergedBend);
 }
 
 TEST_F(RefAnimModifiers, ARecordWhoseShorterPathStillReachesItsAnimatableHandsItUp) {

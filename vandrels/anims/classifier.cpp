@@ -82,8 +82,8 @@ std::uint32_t DefaultRule(Animatable* anim, Animatable* parent) {
 }
 
 constexpr ClassCode kGenericTail[] = {
-    {Class_ID(0x00001200, 0), kCodeIgnore},
-    {Class_ID(0x00000100, 0), kCodeWithRefs},
+    {kIgnoredAnyClassId, kCodeIgnore},
+    {kStdGeneratorClassId, kCodeWithRefs},
 };
 
 std::uint32_t GenericTail(Animatable* anim, Animatable* parent) {
@@ -93,32 +93,32 @@ std::uint32_t GenericTail(Animatable* anim, Animatable* parent) {
 
 // Table G: geometric objects.
 constexpr ClassCode kGeomTable[] = {
-    {Class_ID(0x1BF8338D, 0x192F6098), kCodePointObj},
-    {Class_ID(0xE44F10B3, 0), kCodePointObj},
-    {Class_ID(0x00001030, 0), kCodePointObj},
-    {Class_ID(0x76A11646, 0x12A822FB), kCodePointObj},
-    {Class_ID(0x87D987F4, 0xBE7C7E52), kCodePointObj},
-    {Class_ID(0x28BF6E8D, 0x2ECCA840), kCodeLocDep},
-    {Class_ID(0x2A730CDB, 0x746B394F), kCodeLocDep},
-    {Class_ID(0x2A723864, 0x7F603F64), kCodeLocDep},
-    {Class_ID(0x7DEE4CF0, 0x50E728B9), kCodeLocDep},
-    {Class_ID(0xA4E83C21, 0x5F7B092D), kCodeLocDep},
-    {Class_ID(0x3F2A6C11, 0x1B7E40D5), kCodeLocDep},
-    {Class_ID(0x00009125, 0), kCodeNoRecord},
-    {Class_ID(0x2E6A0C09, 0x43D5C9C0), kCodeNoRecord},
-    {Class_ID(0x73DC4833, 0x65C93CAA), kCodeNoRecord},
+    {kEditablePolyClassId, kCodePointObj},
+    {kEditableMeshClassId, kCodePointObj},
+    {kEditablePatchClassId, kCodePointObj},
+    {kNurbsSurfaceClassId, kCodePointObj},
+    {kPointGeometryClassId, kCodePointObj},
+    {kBoneObjectClassId, kCodeLocDep},
+    {kLocDepGeometry1ClassId, kCodeLocDep},
+    {kLocDepGeometry2ClassId, kCodeLocDep},
+    {kLocDepGeometry3ClassId, kCodeLocDep},
+    {kLocDepGeometry4ClassId, kCodeLocDep},
+    {kLocDepGeometry5ClassId, kCodeLocDep},
+    {kWalkedGeometry1ClassId, kCodeNoRecord},
+    {kWalkedGeometry2ClassId, kCodeNoRecord},
+    {kWalkedGeometry3ClassId, kCodeNoRecord},
     {kBooleanObjectClassId, kCodeBoolean},
-    {Class_ID(0x5C2417BD, 0x44050964), kCodeIndepRefs},
-    {Class_ID(0x42567B96, 0x4E9C1AED), kCodeIndepRefs},
-    {Class_ID(0x6A877C03, 0x67947186), kCodeIndepRefs},
-    {Class_ID(0x31CEA620, 0x2257F993), kCodeIndepRefs},
-    {Class_ID(0x1D121A84, 0x64994009), kCodeIndepRefs},
-    {Class_ID(0x000010B0, 0), kCodeIndepRefs},
-    {Class_ID(0x367E33EF, 0x07C0670C), kCodeIndepRefs},
-    {Class_ID(0x51DB4F2F, 0x1C596B1A), kCodeIndepRefs},
-    {Class_ID(0x1AB13757, 0x12365B98), kCodeIndepRefs},
+    {kIndepRefsGeometry1ClassId, kCodeIndepRefs},
+    {kIndepRefsGeometry2ClassId, kCodeIndepRefs},
+    {kIndepRefsGeometry3ClassId, kCodeIndepRefs},
+    {kIndepRefsGeometry4ClassId, kCodeIndepRefs},
+    {kIndepRefsGeometry5ClassId, kCodeIndepRefs},
+    {kLoftObjectClassId, kCodeIndepRefs},
+    {kIndepRefsGeometry6ClassId, kCodeIndepRefs},
+    {kBooleanCompoundClassId, kCodeIndepRefs},
+    {kIndepRefsGeometry7ClassId, kCodeIndepRefs},
     {kTextPlusObjectClassId, kCodeTextPlus},
-    {Class_ID(0x74F93B02, 0x1EB34300), kCodeIgnore},
+    {kIgnoredParticleFlowGeometryClassId, kCodeIgnore},
     {kForestObjectClassId, kCodeForest},
     {kRailCloneObjectClassId, kCodeRailClone},
 };
@@ -131,31 +131,31 @@ std::uint32_t ClassifyGeometry(Animatable* anim) {
 
 // Table M: object modifiers.
 constexpr ClassCode kModifierTable[] = {
-    {Class_ID(0x79AA6E1D, 0x71A075B7), kCodePointMod},
-    {Class_ID(0x4DBE3132, 0x614357B9), kCodePointMod},
-    {Class_ID(0x00000060, 0), kCodePointMod},
-    {Class_ID(0x02DF2E3A, 0x72BA4E1F), kCodePointMod},
-    {Class_ID(0x7CE5206B, 0x31181505), kCodePointMod},
-    {Class_ID(0x19592732, 0x03407A7A), kCodePointMod},
-    {Class_ID(0x73D8FF93, 0), kCodePointMod},
-    {Class_ID(0x00053446, 0x00007145), kCodePointMod},
-    {Class_ID(0x98F37A63, 0x3FFE9BCA), kCodePointMod},
-    {Class_ID(0x8AB36CC5, 0x82D7FE74), kCodePointMod},
-    {Class_ID(0x21325596, 0x2CD10BD8), kCodePointMod},
-    {Class_ID(0x21325596, 0x2CD10BD9), kCodePointMod},
-    {Class_ID(0x21325596, 0x2CD10BD0), kCodePointMod},
-    {Class_ID(0x00000070, 0), kCodePointMod},
-    {Class_ID(0x4AA52AE3, 0x35CA1CDE), kCodePointMod},
-    {Class_ID(0x00000050, 0), kCodePointMod},
+    {kEditPolyModifierClassId, kCodePointMod},
+    {kPointModifier1ClassId, kCodePointMod},
+    {kEditSplineModifierClassId, kCodePointMod},
+    {kPointModifier2ClassId, kCodePointMod},
+    {kPointModifier3ClassId, kCodePointMod},
+    {kPointModifier4ClassId, kCodePointMod},
+    {kMeshSelectModifierClassId, kCodePointMod},
+    {kPointModifier5ClassId, kCodePointMod},
+    {kFfdCylinderModifierClassId, kCodePointMod},
+    {kFfdBoxModifierClassId, kCodePointMod},
+    {kFfd4x4x4ModifierClassId, kCodePointMod},
+    {kFfd3x3x3ModifierClassId, kCodePointMod},
+    {kFfd2x2x2ModifierClassId, kCodePointMod},
+    {kEditPatchModifierClassId, kCodePointMod},
+    {kPointModifier6ClassId, kCodePointMod},
+    {kEditMeshModifierClassId, kCodePointMod},
     {kSkinModifierClassId, kCodeSkin},
     {kMorpherModifierClassId, kCodeMorpher},
     {kLinkedXFormModifierClassId, kCodeLinkedXForm},
     {kClothModifierClassId, kCodeCloth},
     {kClothModifierSecondClassId, kCodeCloth},
     {kBevelProfileModifierClassId, kCodeBevelProfile},
-    {Class_ID(0x270F1FE3, 0x03B14999), kCodeLocDep},
+    {kLocDepObjectModifierClassId, kCodeLocDep},
     {kDataChannelModifierClassId, kCodeDataChannel},
-    {Class_ID(0x00000100, 0), kCodeWithRefsMod},
+    {kStdGeneratorClassId, kCodeWithRefsMod},
 };
 
 std::uint32_t ClassifyModifier(Animatable* anim) {
@@ -179,35 +179,35 @@ constexpr ParentRow kBlockTable[] = {
     {GEOMOBJECT_CLASS_ID, false, kParticleFlowSourceClassId, kCodePblock2ResizeOverride2},
     {GEOMOBJECT_CLASS_ID, false, kForestObjectClassId, kCodePblock2ResizeOverride1},
     {GEOMOBJECT_CLASS_ID, false, kRailCloneObjectClassId, kCodePblock2ResizeOverride1},
-    {LIGHT_CLASS_ID, false, Class_ID(0x2EAF2F07, 0x7EC44F31), kCodePblock2UndoGroup},
-    {LIGHT_CLASS_ID, false, Class_ID(0x3C5575A1, 0x5FD602DF), kCodePblock2UndoGroup},
+    {LIGHT_CLASS_ID, false, kUndoGroupLight1ClassId, kCodePblock2UndoGroup},
+    {LIGHT_CLASS_ID, false, kUndoGroupLight2ClassId, kCodePblock2UndoGroup},
     {HELPER_CLASS_ID, false, kParticleFlowSourceClassId, kCodePblock2ResizeOverride2},
-    {REF_TARGET_CLASS_ID, false, Class_ID(0x6E4253A3, 0x7FFA3373), kCodeWalkSubs},
-    {REF_TARGET_CLASS_ID, false, Class_ID(0x1D473A0E, 0x3B151C9D), kCodeWalkSubs},
-    {REF_TARGET_CLASS_ID, false, Class_ID(0x0BC975DD, 0x6E1A1AE5), kCodeWalkSubs},
+    {REF_TARGET_CLASS_ID, false, kWalkedBlockOwner1ClassId, kCodeWalkSubs},
+    {REF_TARGET_CLASS_ID, false, kWalkedBlockOwner2ClassId, kCodeWalkSubs},
+    {REF_TARGET_CLASS_ID, false, kWalkedBlockOwner3ClassId, kCodeWalkSubs},
     {OSM_CLASS_ID, false, kDataChannelModifierClassId, kCodePblock2ResizeOverride2},
-    {CTRL_FLOAT_CLASS_ID, false, Class_ID(0x17127E3E, 0), kCodePblock2},
-    {CTRL_FLOAT_CLASS_ID, false, Class_ID(0x4CEB45BD, 0x0B9C062E), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, false, Class_ID(0x0EC62904, 0x185A28DC), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, false, Class_ID(0x74B50FD8, 0x07AD665E), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, false, Class_ID(0x7C125BF5, 0x3A880ECE), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, false, Class_ID(0x04A420B7, 0x7A142AEE), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, false, Class_ID(0x0B5E496B, 0x15363635), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, false, Class_ID(0x46606ABF, 0x002D3676), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, false, Class_ID(0x40534BDC, 0x3AE34B58), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, false, Class_ID(0x7FA7544B, 0x711A51EA), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, false, Class_ID(0x265E07A8, 0x0D281541), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, false, Class_ID(0x2A234435, 0x750465F5), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, false, Class_ID(0x63785366, 0x6D970288), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, false, Class_ID(0x18E02664, 0x21D309C3), kCodeWalkSubs},
-    {CTRL_POINT3_CLASS_ID, false, Class_ID(0x275C1AC1, 0x08B45EE2), kCodeWalkSubs},
-    {CTRL_MATRIX3_CLASS_ID, false, Class_ID(0x1EDD686D, 0x45A56EB3), kCodeWalkSubs},
-    {CTRL_MATRIX3_CLASS_ID, false, Class_ID(0x2DE70807, 0x3973713A), kCodeWalkSubs},
-    {CTRL_MATRIX3_CLASS_ID, false, Class_ID(0x542E413E, 0x08241AA2), kCodeWalkSubs},
-    {CTRL_MATRIX3_CLASS_ID, false, Class_ID(0x485A734C, 0x795557CC), kCodeWalkSubs},
-    {CTRL_MATRIX3_CLASS_ID, false, Class_ID(0x1ADF2684, 0x2E3B60D2), kCodeWalkSubs},
-    {CTRL_ROTATION_CLASS_ID, false, Class_ID(0x67A81CF9, 0x79C62151), kCodeWalkSubs},
-    {CTRL_ROTATION_CLASS_ID, false, Class_ID(0x1D1A667C, 0x206521F1), kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, false, kFloatLimitControlClassId, kCodePblock2},
+    {CTRL_FLOAT_CLASS_ID, false, kWalkedFloatControl3ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, false, kWalkedFloatControl5ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, false, kWalkedFloatControl7ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, false, kIgnoredFloatControl2ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, false, kWalkedFloatControl8ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, false, kWalkedFloatControl9ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, false, kWalkedFloatControl10ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, false, kWalkedFloatControl11ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, false, kIgnoredFloatControl1ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, false, kWalkedFloatControl12ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, false, kWalkedFloatControl13ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, false, kWalkedFloatControl14ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, false, kWalkedFloatControl15ClassId, kCodeWalkSubs},
+    {CTRL_POINT3_CLASS_ID, false, kWalkedPoint3ControlClassId, kCodeWalkSubs},
+    {CTRL_MATRIX3_CLASS_ID, false, kIgnoredMatrixControl1ClassId, kCodeWalkSubs},
+    {CTRL_MATRIX3_CLASS_ID, false, kIgnoredMatrixControl2ClassId, kCodeWalkSubs},
+    {CTRL_MATRIX3_CLASS_ID, false, kWalkedBlockMatrixControl1ClassId, kCodeWalkSubs},
+    {CTRL_MATRIX3_CLASS_ID, false, kWalkedBlockMatrixControl2ClassId, kCodeWalkSubs},
+    {CTRL_MATRIX3_CLASS_ID, false, kWalkedBlockMatrixControl3ClassId, kCodeWalkSubs},
+    {CTRL_ROTATION_CLASS_ID, false, kIgnoredRotationControl1ClassId, kCodeWalkSubs},
+    {CTRL_ROTATION_CLASS_ID, false, kIgnoredRotationControl2ClassId, kCodeWalkSubs},
 };
 
 // A parameter block 2 is placed by its parent; a block met without a parent takes the last default.
@@ -219,9 +219,9 @@ std::uint32_t ClassifyBlock2(Animatable* parent) {
         if (row.sclass == sclass && (row.anyClass || row.cid == cid)) return row.code;
     if (Answers(parent, kListCtrlInterface)) return kCodePblock2ResizeOverride2;
     if (sclass == CUST_ATTRIB_CLASS_ID) return kCodePblock2ResizeOverride1;
-    if (sclass == CTRL_POSITION_CLASS_ID && (cid == Class_ID(0x00002019, 0) || cid == Class_ID(0x00002011, 0)))
+    if (sclass == CTRL_POSITION_CLASS_ID && (cid == kPositionConstraintClassId || cid == kPathConstraintClassId))
         return kCodePblock2ResizeOverride2;
-    if (sclass == CTRL_ROTATION_CLASS_ID && (cid == Class_ID(0x00002020, 0) || cid == Class_ID(0x00002021, 0)))
+    if (sclass == CTRL_ROTATION_CLASS_ID && (cid == kOrientationConstraintClassId || cid == kLookAtConstraintClassId))
         return kCodePblock2ResizeOverride2;
     return kCodePblock2;
 }
@@ -229,42 +229,42 @@ std::uint32_t ClassifyBlock2(Animatable* parent) {
 // ---- Table A: anims that are not controllers, by superclass.
 
 constexpr ClassCode kRefMakerTable[] = {
-    {Class_ID(0x4096218C, 0x1BB8133C), kCodePlainWithOption},
-    {Class_ID(0x4DDC1551, 0x118452EB), kCodePlainWithOption},
+    {kOptionRefMaker1ClassId, kCodePlainWithOption},
+    {kOptionRefMaker2ClassId, kCodePlainWithOption},
     {CUSTATTRIB_CONTAINER_CLASS_ID, kCodeWalkSubs},
-    {Class_ID(0x5F2D3A0A, 0x4BE75269), kCodeWithRefs},
-    {Class_ID(0x14585773, 0x483A7DCF), kCodeIgnore},
+    {kWithRefsRefMakerClassId, kCodeWithRefs},
+    {kIgnoredRefMakerClassId, kCodeIgnore},
 };
 
 constexpr ClassCode kShapeTable[] = {
-    {Class_ID(0x76A11646, 0x12A822FB), kCodePointObj},
-    {Class_ID(0x00001040, 0), kCodePointObj},
+    {kNurbsSurfaceClassId, kCodePointObj},
+    {kSpline3DShapeClassId, kCodePointObj},
     {kTextShapeClassId, kCodeText},
     {kBooleanShapeClassId, kCodeBoolean},
 };
 
 constexpr ClassCode kHelperTable[] = {
-    {Class_ID(0x74F93B07, 0x1EB34300), kCodeIgnore},
-    {Class_ID(0x74F93B01, 0x1EB34300), kCodeIgnore},
-    {Class_ID(0x00002013, 0), kCodeLocDep},
+    {kIgnoredParticleFlowHelper1ClassId, kCodeIgnore},
+    {kIgnoredParticleFlowHelper2ClassId, kCodeIgnore},
+    {kPointHelperClassId, kCodeLocDep},
     {Class_ID(DUMMY_CLASS_ID, 0), kCodeLocDep},
     {kContainerHelperClassId, kCodeContainer},
 };
 
 constexpr ClassCode kWorldObjectTable[] = {
-    {Class_ID(0x67EA40B3, 0xFE7A30C4), kCodePointObj},
-    {Class_ID(0xFA4700BE, 0xBBE85051), kCodePointObj},
+    {kFfdBoxSpaceWarpClassId, kCodePointObj},
+    {kFfdCylinderSpaceWarpClassId, kCodePointObj},
 };
 
 constexpr ClassCode kMaterialTable[] = {
     {MULTI_MATERIAL_CLASS_ID, kCodeMultiSubMtl},
-    {Class_ID(0x4B9937E0, 0x3A1C3DA4), kCodeWithRefs},
+    {kWithRefsMaterialClassId, kCodeWithRefs},
     {kXRefMaterialClassId, kCodeXRef},
 };
 
 constexpr ClassCode kTexmapTable[] = {
-    {Class_ID(0x4C693CD7, 0x05FC76AC), kCodePlain},
-    {Class_ID(0x6EC3730C, 0), kCodeWithRefs},
+    {kPlainRecordTexmapClassId, kCodePlain},
+    {kWithRefsTexmapClassId, kCodeWithRefs},
 };
 
 // Materials and texture maps: their table, then a record of their own kind when they have more than one entry.
@@ -287,7 +287,7 @@ std::uint32_t ClassifyBySuperclass(Animatable* anim, Animatable* parent) {
     case PARAMETER_BLOCK_CLASS_ID: return kCodePblock;
     case GEOMOBJECT_CLASS_ID: return ClassifyGeometry(anim);
     case CAMERA_CLASS_ID: return kCodeCam;
-    case LIGHT_CLASS_ID: return cid == Class_ID(0x27D93542, 0x76F965B2) ? kCodePlain : kCodeStdLight;
+    case LIGHT_CLASS_ID: return cid == kPlainRecordLightClassId ? kCodePlain : kCodeStdLight;
     case SHAPE_CLASS_ID:
         if ((row = Find(kShapeTable, cid))) return row->code;
         return kCodeRWMS;
@@ -296,10 +296,10 @@ std::uint32_t ClassifyBySuperclass(Animatable* anim, Animatable* parent) {
         return WithRefsWhenTarget(anim);
     case SYSTEM_CLASS_ID: return cid == kXRefSystemClassId ? kCodeXRef : DefaultRule(anim, parent);
     case PARAMETER_BLOCK2_CLASS_ID: return ClassifyBlock2(parent);
-    case REF_TARGET_CLASS_ID: return cid == Class_ID(0x46D56AA8, 0x1A0703D4) ? kCodePlain : DefaultRule(anim, parent);
+    case REF_TARGET_CLASS_ID: return cid == kPlainRecordRefTargetClassId ? kCodePlain : DefaultRule(anim, parent);
     case OSM_CLASS_ID: return ClassifyModifier(anim);
     case WSM_CLASS_ID:
-        if (cid == Class_ID(0x370F1FE3, 0x03B14999)) return kCodeLocDep;
+        if (cid == kLocDepWorldModifierClassId) return kCodeLocDep;
         if (HasSubAnimsOrBlocks(anim)) return kCodeWithRefsMod;
         return HoldsReference(anim) ? kCodeWithRefsMod : kCodeMod;
     case WSM_OBJECT_CLASS_ID:
@@ -326,74 +326,74 @@ struct ControlRow {
 
 // Classes whose presence as sub-anim 2 of the point3 expression-like controller hands it to the walk.
 constexpr Class_ID kPoint3SubAnim2Classes[] = {
-    Class_ID(0x0EC62904, 0x185A28DC), Class_ID(0x74B50FD8, 0x07AD665E), Class_ID(0x04A420B7, 0x7A142AEE),
-    Class_ID(0x40534BDC, 0x3AE34B58), Class_ID(0x2A234435, 0x750465F5), Class_ID(0x63785366, 0x6D970288),
-    Class_ID(0x7FA7544B, 0x711A51EA),
+    kWalkedFloatControl5ClassId, kWalkedFloatControl7ClassId, kWalkedFloatControl8ClassId,
+    kWalkedFloatControl11ClassId, kWalkedFloatControl13ClassId, kWalkedFloatControl14ClassId,
+    kIgnoredFloatControl1ClassId,
 };
 
 constexpr ControlRow kControlTable[] = {
     // Float.
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0xFF5826DB, 0), kCodeWithRefs},
+    {CTRL_FLOAT_CLASS_ID, kWithRefsFloatControlClassId, kCodeWithRefs},
     {CTRL_FLOAT_CLASS_ID, kFloatReactionClassId, kCodeReaction},
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0x87A6DF24, 0), kCodeIndepRefs},
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0x17127E3E, 0), kCodeLocDep},
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0x742D30AC, 0x37984F09), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0x43BF76AC, 0x60AB5707), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0x4CEB45BD, 0x0B9C062E), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0x507514E5, 0x30B07FAD), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0x0EC62904, 0x185A28DC), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0x453F7278, 0x4B8E1DFD), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0x74B50FD8, 0x07AD665E), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0x04A420B7, 0x7A142AEE), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0x0B5E496B, 0x15363635), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0x46606ABF, 0x002D3676), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0x40534BDC, 0x3AE34B58), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0x265E07A8, 0x0D281541), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0x2A234435, 0x750465F5), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0x63785366, 0x6D970288), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0x18E02664, 0x21D309C3), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0x094E2D9C, 0x02C702B5), kCodeWalkSubs},
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0x7FA7544B, 0x711A51EA), kCodeIgnore},
-    {CTRL_FLOAT_CLASS_ID, Class_ID(0x7C125BF5, 0x3A880ECE), kCodeIgnore},
+    {CTRL_FLOAT_CLASS_ID, kFloatNoiseControlClassId, kCodeIndepRefs},
+    {CTRL_FLOAT_CLASS_ID, kFloatLimitControlClassId, kCodeLocDep},
+    {CTRL_FLOAT_CLASS_ID, kWalkedFloatControl1ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, kWalkedFloatControl2ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, kWalkedFloatControl3ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, kWalkedFloatControl4ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, kWalkedFloatControl5ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, kWalkedFloatControl6ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, kWalkedFloatControl7ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, kWalkedFloatControl8ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, kWalkedFloatControl9ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, kWalkedFloatControl10ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, kWalkedFloatControl11ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, kWalkedFloatControl12ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, kWalkedFloatControl13ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, kWalkedFloatControl14ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, kWalkedFloatControl15ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, kWalkedFloatControl16ClassId, kCodeWalkSubs},
+    {CTRL_FLOAT_CLASS_ID, kIgnoredFloatControl1ClassId, kCodeIgnore},
+    {CTRL_FLOAT_CLASS_ID, kIgnoredFloatControl2ClassId, kCodeIgnore},
     // Point3.
-    {CTRL_POINT3_CLASS_ID, Class_ID(0x118F7E02, 0xFEEE238B), kCodeWalkSubs, When::SubAnim2Listed},
+    {CTRL_POINT3_CLASS_ID, kSubAnimCheckedPoint3ControlClassId, kCodeWalkSubs, When::SubAnim2Listed},
     {CTRL_POINT3_CLASS_ID, kPoint3ReactionClassId, kCodeReaction},
-    {CTRL_POINT3_CLASS_ID, Class_ID(0x87A6DF26, 0), kCodeIndepRefs},
-    {CTRL_POINT3_CLASS_ID, Class_ID(0x275C1AC1, 0x08B45EE2), kCodeWalkSubs},
-    {CTRL_POINT3_CLASS_ID, Class_ID(0xFF4826DC, 0), kCodeWithRefs},
+    {CTRL_POINT3_CLASS_ID, kPoint3NoiseControlClassId, kCodeIndepRefs},
+    {CTRL_POINT3_CLASS_ID, kWalkedPoint3ControlClassId, kCodeWalkSubs},
+    {CTRL_POINT3_CLASS_ID, kWithRefsPoint3ControlClassId, kCodeWithRefs},
     // Matrix.
     {CTRL_MATRIX3_CLASS_ID, Class_ID(PRS_CONTROL_CLASS_ID, 0), kCodeWalkSubs, When::ParentIsLayerBase},
     {CTRL_MATRIX3_CLASS_ID, Class_ID(PRS_CONTROL_CLASS_ID, 0), kCodePRS},
     {CTRL_MATRIX3_CLASS_ID, kLinkControlClassId, kCodeLinkCtrl},
     {CTRL_MATRIX3_CLASS_ID, Class_ID(LOOKAT_CONTROL_CLASS_ID, 0), kCodeIndepRefs},
     {CTRL_MATRIX3_CLASS_ID, kXRefControllerClassId, kCodeXRef},
-    {CTRL_MATRIX3_CLASS_ID, Class_ID(0x1EDD686D, 0x45A56EB3), kCodeIgnore},
-    {CTRL_MATRIX3_CLASS_ID, Class_ID(0x2DE70807, 0x3973713A), kCodeIgnore},
-    {CTRL_MATRIX3_CLASS_ID, Class_ID(0x6E341CBA, 0x6F9C52CA), kCodeLocDep},
+    {CTRL_MATRIX3_CLASS_ID, kIgnoredMatrixControl1ClassId, kCodeIgnore},
+    {CTRL_MATRIX3_CLASS_ID, kIgnoredMatrixControl2ClassId, kCodeIgnore},
+    {CTRL_MATRIX3_CLASS_ID, kLocDepMatrixControlClassId, kCodeLocDep},
     {CTRL_MATRIX3_CLASS_ID, kLinkTMControlClassId, kCodeLinkTM, When::UnderNode},
     // Position.
-    {CTRL_POSITION_CLASS_ID, Class_ID(0x118F7E02, 0xFFEE238A), kCodeLocDep},
-    {CTRL_POSITION_CLASS_ID, Class_ID(0x00002019, 0), kCodeConstraint},
-    {CTRL_POSITION_CLASS_ID, Class_ID(0x00002011, 0), kCodeConstraint},
+    {CTRL_POSITION_CLASS_ID, kLocDepPositionControlClassId, kCodeLocDep},
+    {CTRL_POSITION_CLASS_ID, kPositionConstraintClassId, kCodeConstraint},
+    {CTRL_POSITION_CLASS_ID, kPathConstraintClassId, kCodeConstraint},
     {CTRL_POSITION_CLASS_ID, kPositionReactionClassId, kCodeReaction},
-    {CTRL_POSITION_CLASS_ID, Class_ID(0x87A6DF25, 0), kCodeIndepRefs},
-    {CTRL_POSITION_CLASS_ID, Class_ID(0xE8334011, 0xAEB330C8), kCodeWithRefs},
-    {CTRL_POSITION_CLASS_ID, Class_ID(0xFF8826DE, 0), kCodeWithRefs},
-    {CTRL_POSITION_CLASS_ID, Class_ID(0x79697D2A, 0xF2B8A1C8), kCodeWithRefs},
+    {CTRL_POSITION_CLASS_ID, kPositionNoiseControlClassId, kCodeIndepRefs},
+    {CTRL_POSITION_CLASS_ID, kSurfaceControlClassId, kCodeWithRefs},
+    {CTRL_POSITION_CLASS_ID, kWithRefsPositionControlClassId, kCodeWithRefs},
+    {CTRL_POSITION_CLASS_ID, kWithRefsPositionControl2ClassId, kCodeWithRefs},
     // Rotation.
     {CTRL_ROTATION_CLASS_ID, Class_ID(EULER_CONTROL_CLASS_ID, 0), kCodeEuler},
-    {CTRL_ROTATION_CLASS_ID, Class_ID(0x00002020, 0), kCodeConstraint},
-    {CTRL_ROTATION_CLASS_ID, Class_ID(0x00002021, 0), kCodeConstraint},
+    {CTRL_ROTATION_CLASS_ID, kOrientationConstraintClassId, kCodeConstraint},
+    {CTRL_ROTATION_CLASS_ID, kLookAtConstraintClassId, kCodeConstraint},
     {CTRL_ROTATION_CLASS_ID, kRotationReactionClassId, kCodeReaction},
-    {CTRL_ROTATION_CLASS_ID, Class_ID(0x87A6DF27, 0), kCodeIndepRefs},
-    {CTRL_ROTATION_CLASS_ID, Class_ID(0x67A81CF9, 0x79C62151), kCodeIgnore},
-    {CTRL_ROTATION_CLASS_ID, Class_ID(0x1D1A667C, 0x206521F1), kCodeIgnore},
-    {CTRL_ROTATION_CLASS_ID, Class_ID(0xFF7826DF, 0), kCodeWithRefs},
+    {CTRL_ROTATION_CLASS_ID, kRotationNoiseControlClassId, kCodeIndepRefs},
+    {CTRL_ROTATION_CLASS_ID, kIgnoredRotationControl1ClassId, kCodeIgnore},
+    {CTRL_ROTATION_CLASS_ID, kIgnoredRotationControl2ClassId, kCodeIgnore},
+    {CTRL_ROTATION_CLASS_ID, kWithRefsRotationControlClassId, kCodeWithRefs},
     // Scale.
-    {CTRL_SCALE_CLASS_ID, Class_ID(0x118F7C01, 0xFEEE238B), kCodeLocDep},
+    {CTRL_SCALE_CLASS_ID, kLocDepScaleControlClassId, kCodeLocDep},
     {CTRL_SCALE_CLASS_ID, kScaleReactionClassId, kCodeReaction},
-    {CTRL_SCALE_CLASS_ID, Class_ID(0x87A6DF28, 0), kCodeIndepRefs},
-    {CTRL_SCALE_CLASS_ID, Class_ID(0xFF6826DA, 0), kCodeWithRefs},
+    {CTRL_SCALE_CLASS_ID, kScaleNoiseControlClassId, kCodeIndepRefs},
+    {CTRL_SCALE_CLASS_ID, kWithRefsScaleControlClassId, kCodeWithRefs},
 };
 
 bool RowApplies(const ControlRow& row, Animatable* anim, Animatable* parent) {
@@ -438,9 +438,9 @@ std::uint32_t ClassifyWholeController(Animatable* anim, Animatable* parent) {
 // Step 3.1: controllers that refuse the anim copy. Nothing decided answers 0 (the superclass rules of step 3
 // give controllers no code of their own, so they fall to the walk).
 constexpr Class_ID kLocDepControllerClasses[] = {
-    Class_ID(0x19357028, 0x428C5294),  // rotation, CTRL_ROTATION_CLASS_ID
-    Class_ID(0x69F672C0, 0x27927AFA),  // point3, CTRL_POINT3_CLASS_ID
-    Class_ID(0x72930021, 0x06951211),  // float, CTRL_FLOAT_CLASS_ID
+    kLocDepRotationControlClassId,  // rotation, CTRL_ROTATION_CLASS_ID
+    kLocDepPoint3ControlClassId,  // point3, CTRL_POINT3_CLASS_ID
+    kLocDepFloatControlClassId,  // float, CTRL_FLOAT_CLASS_ID
 };
 constexpr SClass_ID kLocDepControllerSuperclasses[] = {CTRL_ROTATION_CLASS_ID, CTRL_POINT3_CLASS_ID,
                                                       CTRL_FLOAT_CLASS_ID};
@@ -457,7 +457,7 @@ bool ClassifyFixedController(Animatable* anim, Animatable* parent, std::uint32_t
     }
     for (std::size_t i = 0; i < std::size(kLocDepControllerClasses); ++i) {
         if (sclass != kLocDepControllerSuperclasses[i] || cid != kLocDepControllerClasses[i]) continue;
-        const bool ownedBlock = HasClass(BlockOwner(parent), Class_ID(0x848361CB, 0x913CC083));
+        const bool ownedBlock = HasClass(BlockOwner(parent), kLocDepBlockOwnerClassId);
         return code = ownedBlock ? kCodeLocDep : kCodeNoRecord, true;
     }
     if (Answers(anim, kLayerCtrlInterface)) return code = kCodeLayerCtrl, true;
@@ -471,7 +471,7 @@ std::uint32_t ClassifyFixed(Animatable* anim, Animatable* parent) {
     if (anim->GetInterface(kControlInterface) && ClassifyFixedController(anim, parent, code)) return code;
     const Class_ID cid = anim->ClassID();
     switch (anim->SuperClassID()) {
-    case GEOMOBJECT_CLASS_ID: return cid == Class_ID(0x50320C9A, 0) ? kCodePFSourceMode1 : kCodeWalkSubs;
+    case GEOMOBJECT_CLASS_ID: return cid == kParticleFlowEngineGeometryClassId ? kCodePFSourceMode1 : kCodeWalkSubs;
     case CUST_ATTRIB_CLASS_ID: return kCodeCA;
     case HELPER_CLASS_ID:
         if (cid == kParticleFlowSourceClassId) return kCodePFSource;
@@ -488,7 +488,7 @@ std::uint32_t ClassifyFixed(Animatable* anim, Animatable* parent) {
 std::uint32_t ClassifyAnim(Animatable* anim, Animatable* parent) {
     if (!anim) return kCodeNoRecord;
     if (!anim->CanCopyAnim()) return ClassifyFixed(anim, parent);
-    if (anim->ClassID() == Class_ID(0xFFFFFFFF, 0)) return kCodeIgnore;
+    if (anim->ClassID() == kStandInClassId) return kCodeIgnore;
     void* control = anim->GetInterface(kControlInterface);
     if (!control) return ClassifyBySuperclass(anim, parent);
     if (static_cast<Control*>(control)->IsReplaceable()) return ClassifySplitController(anim, parent);

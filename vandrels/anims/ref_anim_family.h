@@ -6,7 +6,11 @@
 #include "anims/ref_anim.h"
 #include "anims/ref_anim_pblock.h"
 #include "anims/ref_anim_pblock2.h"
+#include "anims/ref_anim_cam.h"
+#include "anims/ref_anim_deriv_obj.h"
+#include "anims/ref_anim_mod.h"
 #include "anims/ref_anim_std_light.h"
+#include "anims/ref_anim_with_refs.h"
 
 class RefAnimIndepRefs : public RefAnim {
 public:
@@ -23,14 +27,10 @@ public:
     Class_ID ClassID() override { return REFANIM_LISTCTRL_CLASS_ID; }
 };
 
-class RefAnimWithRefs : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_WITHREFS_CLASS_ID; }
-};
-
 class RefAnimLocDep : public RefAnim {
 public:
     Class_ID ClassID() override { return REFANIM_LOCDEP_CLASS_ID; }
+    bool IsGeneric() override { return GetType() == kCodeLocDep; }
     // Its type code carries the walk bits although its class identifier does not.
     std::uint32_t GetType() override { return kCodeLocDep; }
 };
@@ -48,21 +48,13 @@ public:
 class RefAnimPointObj : public RefAnim {
 public:
     Class_ID ClassID() override { return REFANIM_POINTOBJ_CLASS_ID; }
+    // Kept with a cleared state by a reset.
+    bool IsGeneric() override { return true; }
 };
 
 class RefAnimPointMod : public RefAnimPointObj {
 public:
     Class_ID ClassID() override { return REFANIM_POINTMOD_CLASS_ID; }
-};
-
-class RefAnimMod : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_MOD_CLASS_ID; }
-};
-
-class RefAnimWithRefsMod : public RefAnimWithRefs {
-public:
-    Class_ID ClassID() override { return REFANIM_WITHREFSMOD_CLASS_ID; }
 };
 
 class RefAnimPFSource : public RefAnim {
@@ -135,11 +127,15 @@ public:
 class RefAnimEuler : public RefAnim {
 public:
     Class_ID ClassID() override { return REFANIM_EULER_CLASS_ID; }
+    // Kept with a cleared state by a reset.
+    bool IsGeneric() override { return true; }
 };
 
 class RefAnimPRS : public RefAnim {
 public:
     Class_ID ClassID() override { return REFANIM_PRS_CLASS_ID; }
+    // Kept with a cleared state by a reset.
+    bool IsGeneric() override { return true; }
 };
 
 class RefAnimRWMS : public RefAnim {
@@ -152,11 +148,6 @@ public:
     Class_ID ClassID() override { return REFANIM_CAT_CLASS_ID; }
 };
 
-class RefAnimCam : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_CAM_CLASS_ID; }
-};
-
 class RefAnimBoolean : public RefAnim {
 public:
     Class_ID ClassID() override { return REFANIM_BOOLEAN_CLASS_ID; }
@@ -165,11 +156,6 @@ public:
 class RefAnimTextPlus : public RefAnimWithRefs {
 public:
     Class_ID ClassID() override { return REFANIM_TEXTPLUS_CLASS_ID; }
-};
-
-class RefAnimDerivObj : public RefAnim {
-public:
-    Class_ID ClassID() override { return REFANIM_DERIVOBJ_CLASS_ID; }
 };
 
 class RefAnimLayerCtrl : public RefAnim {
@@ -190,6 +176,8 @@ public:
 class RefAnimCATCtrl : public RefAnim {
 public:
     Class_ID ClassID() override { return REFANIM_CATCTRL_CLASS_ID; }
+    // Kept with a cleared state by a reset.
+    bool IsGeneric() override { return true; }
 };
 
 class RefAnimDataChannel : public RefAnim {

@@ -124,7 +124,8 @@ void RefAnimPblock2::recordReference(IParamBlock2* pb, int index, int tabIndex, 
         numbers.Append(tabIndex);
     }
     std::uint32_t code = ClassifyAnim(target, pb);
-    if (code == 0 || code == kCodeIgnore) code = kCodePlain;
+    // A node held in a parameter gets a plain record, as a node met in the tree build does.
+    if (code == 0 || code == kCodeIgnore || code == kCodeNodeAsSubAnim) code = kCodePlain;
     owner->CreateRefAnim(code, target, names, numbers, kOverrideReplaced);
 }
 

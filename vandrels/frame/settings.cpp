@@ -1,6 +1,6 @@
 #include "frame/settings.h"
 
-#include "frame/maxscript_text.h"
+#include "maxscript/string_literal.h"
 
 #include "maxscript/maxscript.h"
 
@@ -23,7 +23,7 @@ void RunSettingsText(const MSTR& text, FPValue* result = nullptr) {
 
 bool ReadStringSetting(const MCHAR* key, MSTR& value) {
     MSTR text;
-    text.printf(L"GetINISetting (getMAXIniFile()) \"Vandrels\" \"%s\";", key);
+    text.printf(L"GetINISetting (getMAXIniFile()) \"Vandrels\" %s;", MaxScriptStringLiteral(key).c_str());
     FPValue result;
     RunSettingsText(text, &result);
     if (result.type != TYPE_STRING || !result.s || !*result.s) return false;
@@ -40,13 +40,13 @@ bool ReadIntSetting(const MCHAR* key, int& value) {
 
 void WriteIntSetting(const MCHAR* key, int value) {
     MSTR text;
-    text.printf(L"SetINISetting (getMAXIniFile()) \"Vandrels\" \"%s\" \"%d\";", key, value);
+    text.printf(L"SetINISetting (getMAXIniFile()) \"Vandrels\" %s \"%d\";", MaxScriptStringLiteral(key).c_str(), value);
     RunSettingsText(text);
 }
 
 void WriteStringSetting(const MCHAR* key, const MCHAR* value) {
     MSTR text;
-    text.printf(L"SetINISetting (getMAXIniFile()) \"Vandrels\" \"%s\" %s;", key,
+    text.printf(L"SetINISetting (getMAXIniFile()) \"Vandrels\" %s %s;", MaxScriptStringLiteral(key).c_str(),
                 MaxScriptStringLiteral(value ? value : L"").c_str());
     RunSettingsText(text);
 }

@@ -5,8 +5,14 @@
 #include "listener.h"
 #include "records/ref_node.h"
 #include "records/ref_material.h"
+#include "sceneinfo.h"
 
 ClassDesc2* GetVandrelsHelperDesc();
+
+namespace {
+// The PrintData mode of the scene-info listing (scripts pass mode:3: the mode is an index and they count from 1).
+constexpr int kPrintSceneInfo = 2;
+}  // namespace
 
 FPInterfaceDesc* GetVandrelsHelperInterfaceDesc() {
     static FPInterfaceDesc desc(
@@ -56,6 +62,11 @@ FPStatus VandrelsHelperInterface::_dispatch_fn(FunctionID fid, TimeValue, FPValu
 }
 
 void VandrelsHelper::PrintData(int mode) {
+    if (mode == kPrintSceneInfo) {
+        mputs(SceneInfoText([this](InfoWriter& out) { DescribeSceneInfo(out); }).data());
+        mflush();
+        return;
+    }
     mprintf(L"\nNum RefNodes: %d\nNum RefMaterials:%d\nNum RefLayers:%d\nNum NodesToDelete:%d\n\n",
             data_.refNodes.Count(), data_.refMaterials.Count(), data_.refLayers.Count(), data_.nodesToDelete.Count());
     mflush();

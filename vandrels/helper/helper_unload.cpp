@@ -25,6 +25,8 @@
 #include "frame/settings.h"
 #include "winshim.h"
 
+#include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace vandrels {
@@ -67,6 +69,12 @@ public:
         }
     }
 
+    static int Depth(INode* node) {
+        int depth = 0;
+        for (INode* n = node ? node->GetParentNode() : nullptr; n && !n->IsRootNode(); n = n->GetParentNode()) ++depth;
+        return depth;
+    }
+
     // Decides what happens to each referenced node: kept in light form when local items depend on it, its
     // dependents moved to an auxiliary node when lightening cannot replace all it holds, deleted otherwise.
     // The auxiliary nodes are made here; then the referenced nodes leave the scene.
@@ -94,8 +102,15 @@ public:
         }
         MaxSDK::PerformanceTools::Timer timer;
         doomed_.Compact();
+        // Deepest first: deleting a node re-links its children to the root keeping their place, which writes
+        // their world transform into their own controllers. A child that leaves with it must not go through that,
+        // or the controller its record keeps would come back holding the world transform as its local one.
+        std::vector<std::pair<int, INode*>> byDepth;
+        for (INode* node : doomed_.Nodes()) byDepth.emplace_back(Depth(node), node);
+        std::stable_sort(byDepth.begin(), byDepth.end(),
+                         [](const auto& a, const auto& b) { return a.first > b.first; });
         INodeTab table;
-        for (INode* node : doomed_.Nodes()) table.Append(node);
+        for (const auto& entry : byDepth) table.Append(entry.second);
         if (table.Count()) ip->DeleteNodes(table, true, false);
         doomed_.Clear();
         deleteTime = timer.EndTimer();

@@ -76,9 +76,11 @@ bool FinalName(const MergedLayer& entry, const RenamedLayer* renamed, const WStr
     return !finalName.isNull();
 }
 
+// Only the nodes still on the layer the merge gave them move: a node whose record put it on another layer when
+// its overrides were re-applied (earlier in the same load) stays there.
 void MoveNodes(const MergedLayer& entry, ILayer* target) {
     for (INode* node : entry.nodes)
-        if (node) target->AddToLayer(node);
+        if (node && node->GetLayer() == entry.layer) target->AddToLayer(node);
 }
 
 // The child layers of a merged layer that folds into target follow it there, so that the merged layer can go.

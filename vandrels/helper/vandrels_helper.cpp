@@ -91,6 +91,7 @@ MSTR VandrelsHelper::GetObjectName(bool) { return GetStringCopy(IDS_CLASS_VANDRE
 
 BaseInterface* VandrelsHelper::GetInterface(Interface_ID id) {
     if (id == VANDRELS_HELPER_INTERFACE_ID) return static_cast<VandrelsHelperInterface*>(this);
+    if (id == SCENE_INFO_INTERFACE) return static_cast<ISceneInfo*>(this);
     return HelperObject::GetInterface(id);
 }
 

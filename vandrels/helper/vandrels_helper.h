@@ -9,6 +9,7 @@
 #include "helper/helper_state.h"
 #include "helper/vandrels_helper_interface.h"
 #include "records/record_owner.h"
+#include "sceneinfo.h"
 
 #include <cstdint>
 
@@ -23,7 +24,7 @@ class ISave;
 // The asset type of the helper's two file names.
 #define VH_FILE_ASSET_TYPE 7
 
-class VandrelsHelper : public HelperObject, public VandrelsHelperInterface, public RecordOwner {
+class VandrelsHelper : public HelperObject, public VandrelsHelperInterface, public RecordOwner, public ISceneInfo {
 public:
     explicit VandrelsHelper(BOOL loading = FALSE);
     ~VandrelsHelper() override;
@@ -84,7 +85,10 @@ public:
     int Reset() override;
     int Overwrite() override;
     int SaveAs(const MCHAR* fileName) override;
+    // Mode 2 writes the scene-info listing of this reference (helper/helper_info.cpp).
     void PrintData(int mode) override;
+    // The helper in the scene-info listing: its files, options, local deletions and records (helper_info.cpp).
+    void DescribeSceneInfo(InfoWriter& out) override;
     int NumRefNodes() override { return data_.refNodes.Count(); }
     RefNode* GetRefNode(int index) override { return data_.refNodes[index]; }
     int NumRefMaterials() override { return data_.refMaterials.Count(); }

@@ -60,10 +60,7 @@ RefNode::RefNode(INode* node, RecordOwner* helper) {
     });
 }
 
-RefNode::~RefNode() {
-    unregisterNotifications();
-    freeModLists();
-}
+RefNode::~RefNode() { unregisterNotifications(); }
 
 INode* RefNode::GetNode() { return static_cast<INode*>(GetTarget()); }
 
@@ -141,8 +138,8 @@ RefTargetHandle RefNode::GetReference(int i) {
     case NodeRecordSlot::Parent: return data_.parent;
     case NodeRecordSlot::Child: return data_.children[k];
     case NodeRecordSlot::Layer: return data_.layer;
-    case NodeRecordSlot::WorldSpaceModifier: return data_.wsMods[k] ? data_.wsMods[k]->modifier : nullptr;
-    case NodeRecordSlot::ObjectSpaceModifier: return data_.osMods[k] ? data_.osMods[k]->modifier : nullptr;
+    case NodeRecordSlot::WorldSpaceModifier: return mods_.Reference(ModMirror::WorldSpace, k);
+    case NodeRecordSlot::ObjectSpaceModifier: return mods_.Reference(ModMirror::ObjectSpace, k);
     case NodeRecordSlot::ExclusionLight: return data_.exclusionLights[k];
     case NodeRecordSlot::LocalDependent: return data_.localDependent;
     case NodeRecordSlot::ExclusionOther: return data_.exclusionOthers[k];
@@ -169,18 +166,8 @@ void RefNode::SetReference(int i, RefTargetHandle target) {
     case NodeRecordSlot::Parent: data_.parent = target; break;
     case NodeRecordSlot::Child: data_.children[k] = dynamic_cast<INode*>(target); break;
     case NodeRecordSlot::Layer: data_.layer = target; break;
-    case NodeRecordSlot::WorldSpaceModifier:
-    case NodeRecordSlot::ObjectSpaceModifier: {
-        Tab<RefModifier*>& list = slot.kind == NodeRecordSlot::WorldSpaceModifier ? data_.wsMods : data_.osMods;
-        RefModifier*& entry = list[k];
-        // A modifier restored into an empty position (saved as referenced) stands there as referenced.
-        if (!entry && target) entry = new RefModifier(dynamic_cast<Modifier*>(target), kModFromReference, -1);
-        if (!entry) return;
-        if (!entry->modifier && target)
-            if (Modifier* mod = dynamic_cast<Modifier*>(target)) entry->toggles = ReadModifierToggles(mod);
-        entry->modifier = target;
-        break;
-    }
+    case NodeRecordSlot::WorldSpaceModifier: mods_.RestoreReference(ModMirror::WorldSpace, k, target); break;
+    case NodeRecordSlot::ObjectSpaceModifier: mods_.RestoreReference(ModMirror::ObjectSpace, k, target); break;
     case NodeRecordSlot::ExclusionLight: {
         ReferenceTarget* old = data_.exclusionLights[k];
         data_.exclusionLights[k] = target;
@@ -516,9 +503,7 @@ void RefNode::BaseClone(ReferenceTarget* from, ReferenceTarget* to, RemapDir& re
     if (flags & kNodeBoneProps) dst->data_.boneProps = src->data_.boneProps;
     if (flags & kNodeTmLocks) dst->data_.tmLocks = src->data_.tmLocks;
     if (flags & kNodeSelectionSets) dst->data_.selectionSets = src->data_.selectionSets;
-    dst->data_.modCountsAtMerge[0] = src->data_.modCountsAtMerge[0];
-    dst->data_.modCountsAtMerge[1] = src->data_.modCountsAtMerge[1];
-    src->cloneModifiersTo(dst);
+    src->mods_.CloneTo(dst->mods_);
     const vandrels::NodeRecordSlots slots = dst->Slots();
     if (flags & kNodeMaterial)
         dst->ReplaceReference(slots.Material(), src->data_.material);

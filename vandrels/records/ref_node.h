@@ -10,7 +10,7 @@
 #include "records/node_record_slots.h"
 #include "records/ref_node_flags.h"
 #include "records/ref_base.h"
-#include "records/ref_modifier.h"
+#include "records/modifier_mirrors.h"
 
 #include <cstdint>
 #include <functional>
@@ -20,7 +20,7 @@ class Mtl;
 class MAXException;
 struct NotifyInfo;
 
-class RefNode : public RefBase, public RefNodeInterface {
+class RefNode : public RefBase, public RefNodeInterface, private ModifierMirrorOwner {
 public:
     // A record without node (the host's, before a scene file fills it): nodeLoaded is 0.
     RefNode();
@@ -84,26 +84,23 @@ public:
     void OnSelectionSetRemoved(int setIndex);
     // Whether a scene item other than the records depends on node.
     bool HasLocalDependents(ReferenceTarget* item);
-    // Modifier monitoring (records/ref_node_mods.cpp).
+    // Modifier monitoring (records/ref_node_mods.cpp; the mirrors themselves in records/modifier_mirrors.h).
     // Builds the mirrors of the node's stacks and takes over the change entries of a node record that shares a
     // derived object with this node. Throws MAXException ("Error Monitoring Modifiers in RefNode") on failure.
     void MonitorModifiers();
-    // Reset "Modifiers": every entry counts as referenced again and the change lists are emptied; a locally
-    // replaced object-space stack is dropped.
-    void ResetModifiers();
-    // Reset "Base Object": drops the object-space entries of a locally replaced stack.
-    void DropObjectSpaceRecords();
-    // The mirrors and change lists as the diagnostics print them.
-    MSTR ModifierLines();
-    // Detection (CheckToggles, CheckRename, CheckStack, VerifyObjectSpace), CollectModifiers,
-    // ApplyModifierOverrides and their undo record RefModsRestore come with the modifier overrides.
+    // Reset "Modifiers" and "Base Object" (see NodeModifierMirrors::Reset and DropObjectSpace).
+    void ResetModifiers() { mods_.Reset(); }
+    void DropObjectSpaceRecords() { mods_.DropObjectSpace(); }
+    MSTR ModifierLines() const { return mods_.Lines(); }
+    NodeModifierMirrors& ModifierMirrors() { return mods_; }
 
     // References: the base ones, then material, parent, children, layer, the modifiers of the world-space and
     // then the object-space mirror, exclusion lights, local dependent and the other exclusion items.
     // The record's reference slots, in the layout of node_record_slots.h.
     vandrels::NodeRecordSlots Slots() const {
-        return vandrels::NodeRecordSlots({NumBaseRefs(), data_.children.Count(), data_.wsMods.Count(), data_.osMods.Count(),
-                                          data_.exclusionLights.Count(), data_.exclusionOthers.Count()});
+        return vandrels::NodeRecordSlots({NumBaseRefs(), data_.children.Count(), mods_.WorldSpace().Count(),
+                                          mods_.ObjectSpace().Count(), data_.exclusionLights.Count(),
+                                          data_.exclusionOthers.Count()});
     }
     int NumRefs() override;
     RefTargetHandle GetReference(int i) override;
@@ -165,7 +162,8 @@ private:
     void onDisplayMessage(INode* node, PartID part);
     void onGeneralChange(INode* node);
     // Modifier monitoring's share of the node's messages (REFMSG_MODIFIER_STACK_CHANGED, REFMSG_CHANGE with the
-    // object-chain part, the mirror check of a general change) and of the collect pass; they come with the modifier overrides.
+    // object-chain part, the mirror check of a general change), of the collect pass, of the re-application and
+    // of the end of a load (records/ref_node_mods.cpp).
     void onModifierMessage(RefMessage message, PartID part);
     void collectModifierChanges();
     void applyModifierOverrides();
@@ -204,19 +202,15 @@ private:
     // Ends a failed operation: lets go of the node and throws the composed message.
     [[noreturn]] void fail(const MCHAR* words, int step, const MAXException* cause);
     void runInErrorFrame(const MCHAR* words, const MCHAR* unknownWords, const std::function<void()>& op);
-    // The slot of the position-th entry of list (the world-space or the object-space mirror).
-    int modSlot(const Tab<RefModifier*>& list, int position) const {
-        return &list == &data_.wsMods ? Slots().WorldSpaceModifier(position) : Slots().ObjectSpaceModifier(position);
-    }
-    // Appends entry to list (the world-space or object-space mirror) and references its modifier.
-    void appendModEntry(Tab<RefModifier*>& list, RefModifier* entry, ReferenceTarget* mod);
-    // Lets go of the modifiers of list and frees its entries.
-    void dropModEntries(Tab<RefModifier*>& list);
-    void freeModLists();
-    int mergeInstancedChanges(int sharedCount, RefNode* other);
-    IOResult saveModifierChunks(ISave* isave);
-    IOResult loadModifierChunk(ILoad* iload, bool& taken);
-    void cloneModifiersTo(RefNode* dst);
+
+    // ModifierMirrorOwner: the mirrors' modifiers are this record's references.
+    INode* MirrorNode() override { return GetNode(); }
+    void SetMirrorReference(ModMirror mirror, int position, ReferenceTarget* mod, bool keepOld) override;
+    std::uint32_t MirrorFlags() override { return data_.overrideFlags; }
+    void SetMirrorFlags(std::uint32_t mask, std::uint32_t value, bool undoable) override;
+    bool MirrorsPersist() override;
+    RefBase& MirrorRecord() override { return *this; }
 
     RefNodeState data_;
+    NodeModifierMirrors mods_{*this};
 };

@@ -69,8 +69,14 @@ RefResult RefNode::NotifyRefChanged(const Interval& changeInt, RefTargetHandle h
         onOwnNodeMessage(node, partID, message);
         return REF_STOP;
     }
+    // A modifier of a mirror: its toggles or its name.
+    const SClass_ID sc = hTarget->SuperClassID();
+    if (sc == OSM_CLASS_ID || sc == WSM_CLASS_ID) {
+        mods_.OnModifierMessage(hTarget, message);
+        return REF_STOP;
+    }
     // A stored child: it went to another parent, or a helper adopted it as a referenced node.
-    if (hTarget->SuperClassID() != BASENODE_CLASS_ID) return REF_STOP;
+    if (sc != BASENODE_CLASS_ID) return REF_STOP;
     const int position = data_.children.IndexOf(static_cast<INode*>(hTarget));
     if (position < 0) return REF_STOP;
     INode* child = data_.children[position];
@@ -204,6 +210,21 @@ void RefNode::onGeneralChange(INode* node) {
     onDisplayMessage(node, 0);
 }
 
-// Modifier monitoring hears REFMSG_MODIFIER_STACK_CHANGED and REFMSG_CHANGE (object chain) and checks the
-// object-space mirror on a general change; it arrives with the modifier overrides. Until then these messages change nothing on the record.
-void RefNode::onModifierMessage(RefMessage, PartID) {}
+void RefNode::onModifierMessage(RefMessage message, PartID part) {
+    INode* node = GetNode();
+    if (!node) return;
+    const bool structure = message == nodemsg::kModifierStackChanged ||
+                           (message == nodemsg::kObjectChanged && part == nodemsg::kPartObjectChain &&
+                            mods_.TakeBaseObjectWatch());
+    if (structure) {
+        // A count that changed leaves the sub-animatable tree behind the shifted paths: it is built afresh.
+        if (mods_.OnStackChanged())
+            BuildSubAnimTree();
+        else
+            Rescan();
+        return;
+    }
+    if (message == nodemsg::kControllerReplaced || message == nodemsg::kSubAnimStructure ||
+        message == nodemsg::kNodeChanged)
+        mods_.VerifyObjectSpace();
+}

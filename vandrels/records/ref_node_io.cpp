@@ -24,19 +24,6 @@ enum : USHORT {
     kRenderPropsChunk = 0x0012,
     kUserPropsChunk = 0x0013,
     kBonePropsChunk = 0x0014,
-    kModCountsChunk = 0x0024,
-    kWsModsCountChunk = 0x0015,
-    kOsModsCountChunk = 0x0016,
-    kWsModChunk = 0x0017,
-    kOsModChunk = 0x0018,
-    kWsModEmptyChunk = 0x0019,
-    kOsModEmptyChunk = 0x001A,
-    kDeletedCountChunk = 0x001C,
-    kDeletedChunk = 0x001D,
-    kRenamedCountChunk = 0x001E,
-    kRenamedChunk = 0x001F,
-    kToggledCountChunk = 0x0020,
-    kToggledChunk = 0x0021,
     kTmLocksChunk = 0x0028,
     kExclusionLightsChunk = 0x0029,
     kNodeKindChunk = 0x002A,
@@ -102,77 +89,8 @@ IOResult ReadScale(ILoad* iload, ScaleValue& s) {
 using chunkio::ReadCount;
 using chunkio::SizeWithNulls;
 
-// Fields inside a modifier entry or a change entry.
-enum : USHORT {
-    kEntryFirstChunk = 0x0000,   // state of a mirror entry; name of a change entry
-    kEntrySecondChunk = 0x0001,  // name of a mirror entry; index of a change entry
-    kEntryThirdChunk = 0x0002,   // context of a mirror entry; new name or toggles of a change entry
-};
-
-constexpr ULONG kContextBytes = sizeof(Matrix3) + sizeof(Box3);
-
-IOResult SaveModEntry(ISave* isave, USHORT id, const RefModifier& entry) {
-    isave->BeginChunk(id);
-    IOResult res = chunkio::SaveValueChunk(isave, kEntryFirstChunk, entry.state);
-    if (res == IO_OK) res = SaveText(isave, kEntrySecondChunk, entry.name);
-    if (res == IO_OK && entry.modContext) {
-        // A context without transform or box is stored with the default transform and an empty box.
-        const Matrix3 tm = entry.modContext->tm ? *entry.modContext->tm : Matrix3();
-        const Box3 box = entry.modContext->box ? *entry.modContext->box : Box3();
-        Payload p;
-        p.AddBytes(reinterpret_cast<const std::uint8_t*>(&tm), sizeof tm);
-        p.AddBytes(reinterpret_cast<const std::uint8_t*>(&box), sizeof box);
-        res = p.Save(isave, kEntryThirdChunk);
-    }
-    isave->EndChunk();
-    return res;
-}
-
-// One change entry: name, index, then what the change set (when there is a third field).
-template <class Third> IOResult SaveChangeEntry(ISave* isave, USHORT id, const MSTR& name, std::int32_t index,
-                                                Third third) {
-    isave->BeginChunk(id);
-    IOResult res = SaveText(isave, kEntryFirstChunk, name);
-    if (res == IO_OK) res = chunkio::SaveValueChunk(isave, kEntrySecondChunk, index);
-    if (res == IO_OK) res = third();
-    isave->EndChunk();
-    return res;
-}
-
-// The sub-chunks of the open entry chunk, each handed to field; stops at the first failure.
-template <class Field> IOResult ReadEntryFields(ILoad* iload, Field field) {
-    for (;;) {
-        IOResult res = iload->OpenChunk();
-        if (res == IO_END) return IO_OK;
-        if (res != IO_OK) return res;
-        res = field(iload->CurChunkID());
-        const IOResult closed = iload->CloseChunk();
-        if (res != IO_OK) return res;
-        if (closed != IO_OK) return closed;
-    }
-}
-
-// Places a loaded entry at the list's next position: into a slot the count made, or appended.
-template <class T> void PlaceEntry(Tab<T*>& list, int& cursor, T* entry) {
-    if (cursor < list.Count()) {
-        delete list[cursor];
-        list[cursor] = entry;
-    } else {
-        list.Append(entry);
-    }
-    ++cursor;
-}
-
-// A count chunk of a list: the list gets at least that many positions (entries may have come first).
-template <class T> IOResult ReadListCount(ILoad* iload, Tab<T*>& list) {
-    std::int32_t count = 0;
-    const IOResult res = ReadCount(iload, count);
-    if (res == IO_OK)
-        while (list.Count() < count) list.Append(nullptr);
-    return res;
-}
-
 }  // namespace
+
 
 IOResult RefNode::Save(ISave* isave) {
     const std::uint32_t f = data_.overrideFlags;
@@ -224,12 +142,7 @@ IOResult RefNode::Save(ISave* isave) {
         if (p.Save(isave, kBonePropsChunk) != IO_OK) return IO_ERROR;
     }
     if ((f & kNodeTmLocks) && chunkio::SaveValueChunk(isave, kTmLocksChunk, data_.tmLocks) != IO_OK) return IO_ERROR;
-    if (RecordOwner* helper = GetHelper(); helper && helper->GetPersistRef()) {
-        Payload p;
-        p.Add(data_.modCountsAtMerge[0]).Add(data_.modCountsAtMerge[1]);
-        if (p.Save(isave, kModCountsChunk) != IO_OK) return IO_ERROR;
-    }
-    if (saveModifierChunks(isave) != IO_OK) return IO_ERROR;
+    if (mods_.Save(isave) != IO_OK) return IO_ERROR;
     if (chunkio::SaveValueChunk(isave, kExclusionLightsChunk, std::int32_t(data_.exclusionLights.Count())) != IO_OK)
         return IO_ERROR;
     if (SaveRefAnimCountChunk(isave) != IO_OK) return IO_ERROR;
@@ -252,140 +165,13 @@ IOResult RefNode::Save(ISave* isave) {
 }
 
 IOResult RefNode::Load(ILoad* iload) {
-    for (int& cursor : data_.modLoadCursor) cursor = 0;
+    mods_.BeginLoad();
     const IOResult res = RefBase::Load(iload);
     if (res != IO_OK) {
         ClearRefAnimSlots();
-        dropModEntries(data_.wsMods);
-        dropModEntries(data_.osMods);
-        freeModLists();
+        mods_.DropAll();
     }
     return res;
-}
-
-IOResult RefNode::saveModifierChunks(ISave* isave) {
-    RecordOwner* helper = GetHelper();
-    const bool persist = helper && helper->GetPersistRef();
-    // Referenced modifiers come back with the reference file: they keep only their position, unless the
-    // referenced content is saved with the scene.
-    auto saveMirror = [&](const Tab<RefModifier*>& list, USHORT countId, USHORT entryId, USHORT emptyId) {
-        if (!list.Count()) return IO_OK;
-        if (chunkio::SaveValueChunk(isave, countId, std::int32_t(list.Count())) != IO_OK) return IO_ERROR;
-        for (const RefModifier* entry : list) {
-            IOResult res;
-            if (entry && (entry->state != kModFromReference || persist)) {
-                res = SaveModEntry(isave, entryId, *entry);
-            } else {
-                isave->BeginChunk(emptyId);
-                isave->EndChunk();
-                res = IO_OK;
-            }
-            if (res != IO_OK) return IO_ERROR;
-        }
-        return IO_OK;
-    };
-    if (saveMirror(data_.wsMods, kWsModsCountChunk, kWsModChunk, kWsModEmptyChunk) != IO_OK) return IO_ERROR;
-    if (saveMirror(data_.osMods, kOsModsCountChunk, kOsModChunk, kOsModEmptyChunk) != IO_OK) return IO_ERROR;
-
-    auto saveChanges = [&](const auto& list, USHORT countId, auto saveEntry) {
-        if (!list.Count()) return IO_OK;
-        if (chunkio::SaveValueChunk(isave, countId, std::int32_t(list.Count())) != IO_OK) return IO_ERROR;
-        for (const auto* entry : list)
-            if (entry && saveEntry(*entry) != IO_OK) return IO_ERROR;
-        return IO_OK;
-    };
-    if (saveChanges(data_.deletedMods, kDeletedCountChunk, [&](const ModDeleted& e) {
-            return SaveChangeEntry(isave, kDeletedChunk, e.name, e.index, [] { return IO_OK; });
-        }) != IO_OK)
-        return IO_ERROR;
-    if (saveChanges(data_.renamedMods, kRenamedCountChunk, [&](const ModChangedName& e) {
-            return SaveChangeEntry(isave, kRenamedChunk, e.name, e.index,
-                                   [&] { return SaveText(isave, kEntryThirdChunk, e.newName); });
-        }) != IO_OK)
-        return IO_ERROR;
-    return saveChanges(data_.toggledMods, kToggledCountChunk, [&](const ModChangedToggles& e) {
-        return SaveChangeEntry(isave, kToggledChunk, e.name, e.index,
-                               [&] { return chunkio::SaveValueChunk(isave, kEntryThirdChunk, e.toggles); });
-    });
-}
-
-IOResult RefNode::loadModifierChunk(ILoad* iload, bool& taken) {
-    taken = true;
-    const USHORT id = iload->CurChunkID();
-    switch (id) {
-    case kWsModsCountChunk: return ReadListCount(iload, data_.wsMods);
-    case kOsModsCountChunk: return ReadListCount(iload, data_.osMods);
-    case kWsModEmptyChunk: PlaceEntry<RefModifier>(data_.wsMods, data_.modLoadCursor[0], nullptr); return IO_OK;
-    case kOsModEmptyChunk: PlaceEntry<RefModifier>(data_.osMods, data_.modLoadCursor[1], nullptr); return IO_OK;
-    case kWsModChunk:
-    case kOsModChunk: {
-        // The toggles are not stored: they are read from the modifier when the host restores it.
-        auto entry = std::make_unique<RefModifier>();
-        const IOResult res = ReadEntryFields(iload, [&](USHORT field) {
-            switch (field) {
-            case kEntryFirstChunk: return chunkio::ReadValue(iload, entry->state);
-            case kEntrySecondChunk: return iload->ReadWStringChunk(entry->name);
-            case kEntryThirdChunk: {
-                std::uint8_t bytes[kContextBytes];
-                ULONG n = 0;
-                const IOResult read = iload->Read(bytes, kContextBytes, &n);
-                if (read != IO_OK) return read;
-                Matrix3 tm;
-                Box3 box;
-                std::memcpy(&tm, bytes, sizeof tm);
-                std::memcpy(&box, bytes + sizeof tm, sizeof box);
-                const ModContext context(&tm, &box);
-                entry->SetContext(&context);
-                return IO_OK;
-            }
-            default: return IO_OK;
-            }
-        });
-        if (res != IO_OK) return res;
-        if (entry->state == kModBoundary) entry->toggles = 0;
-        if (id == kWsModChunk)
-            PlaceEntry(data_.wsMods, data_.modLoadCursor[0], entry.release());
-        else
-            PlaceEntry(data_.osMods, data_.modLoadCursor[1], entry.release());
-        return IO_OK;
-    }
-    case kDeletedCountChunk: return ReadListCount(iload, data_.deletedMods);
-    case kRenamedCountChunk: return ReadListCount(iload, data_.renamedMods);
-    case kToggledCountChunk: return ReadListCount(iload, data_.toggledMods);
-    case kDeletedChunk: {
-        auto entry = std::make_unique<ModDeleted>();
-        const IOResult res = ReadEntryFields(iload, [&](USHORT field) {
-            if (field == kEntryFirstChunk) return iload->ReadWStringChunk(entry->name);
-            if (field == kEntrySecondChunk) return chunkio::ReadValue(iload, entry->index);
-            return IO_OK;
-        });
-        if (res == IO_OK) PlaceEntry(data_.deletedMods, data_.modLoadCursor[2], entry.release());
-        return res;
-    }
-    case kRenamedChunk: {
-        auto entry = std::make_unique<ModChangedName>();
-        const IOResult res = ReadEntryFields(iload, [&](USHORT field) {
-            if (field == kEntryFirstChunk) return iload->ReadWStringChunk(entry->name);
-            if (field == kEntrySecondChunk) return chunkio::ReadValue(iload, entry->index);
-            if (field == kEntryThirdChunk) return iload->ReadWStringChunk(entry->newName);
-            return IO_OK;
-        });
-        if (res == IO_OK) PlaceEntry(data_.renamedMods, data_.modLoadCursor[3], entry.release());
-        return res;
-    }
-    case kToggledChunk: {
-        auto entry = std::make_unique<ModChangedToggles>();
-        const IOResult res = ReadEntryFields(iload, [&](USHORT field) {
-            if (field == kEntryFirstChunk) return iload->ReadWStringChunk(entry->name);
-            if (field == kEntrySecondChunk) return chunkio::ReadValue(iload, entry->index);
-            if (field == kEntryThirdChunk) return chunkio::ReadValue(iload, entry->toggles);
-            return IO_OK;
-        });
-        if (res == IO_OK) PlaceEntry(data_.toggledMods, data_.modLoadCursor[4], entry.release());
-        return res;
-    }
-    default: taken = false; return IO_OK;
-    }
 }
 
 IOResult RefNode::LoadChunk(ILoad* iload) {
@@ -434,7 +220,6 @@ IOResult RefNode::LoadChunk(ILoad* iload) {
         return res == IO_OK ? ReadBytes(iload, data_.boneProps.settings, 2) : res;
     }
     case kTmLocksChunk: return chunkio::ReadValue(iload, data_.tmLocks);
-    case kModCountsChunk: return ReadBytes(iload, data_.modCountsAtMerge, sizeof data_.modCountsAtMerge);
     case kExclusionLightsChunk: {
         std::int32_t count = 0;
         const IOResult res = ReadCount(iload, count);
@@ -456,7 +241,7 @@ IOResult RefNode::LoadChunk(ILoad* iload) {
     }
     default: {
         bool taken = false;
-        const IOResult res = loadModifierChunk(iload, taken);
+        const IOResult res = mods_.LoadChunk(iload, taken);
         return taken ? res : RefBase::LoadChunk(iload);
     }
     }

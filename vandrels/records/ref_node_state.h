@@ -1,11 +1,12 @@
 // The node record's state: the reference name, the load flags, the override bits with each category's local
-// value, the exclusion and selection-set lists, and the modifier mirrors with their change lists. RefNode holds
+// value, the exclusion and selection-set lists (the modifier mirrors live in records/modifier_mirrors.h). RefNode holds
 // it privately and changes it only through its methods.
 #pragma once
 
 #include "geom.h"
 #include "records/node_state.h"
-#include "records/ref_modifier.h"
+#include "strclass.h"
+#include "tab.h"
 
 #include <cstdint>
 
@@ -53,13 +54,5 @@ struct RefNodeState {
     Tab<int> exclusionModes;
     Tab<RefNodeScratchExclusion> scratchOthers;  // the exclusion scans' work lists, emptied by a collect
     INode* placeholderFor = nullptr;
-    // The modifier mirrors of the node's stacks and their change lists.
-    Tab<RefModifier*> osMods;
-    Tab<RefModifier*> wsMods;
-    Tab<ModDeleted*> deletedMods;
-    Tab<ModChangedName*> renamedMods;
-    Tab<ModChangedToggles*> toggledMods;
-    int modLoadCursor[5] = {};  // next position that a loaded entry chunk fills, per list
-    std::int32_t modCountsAtMerge[2] = {0, 0};
     int notificationsRegistered = 0;
 };

@@ -1,6 +1,7 @@
 #include "script/reference_file_check.h"
 
 #include "helper/merge_reference_file.h"
+#include "helper/scene_file_check.h"
 #include "helper/vandrels_helper.h"
 #include "inode.h"
 #include "listener.h"
@@ -23,6 +24,9 @@ MSTR ReferenceFileProblem(VandrelsHelper* helper) {
     if (path.isNull()) return L"the reference helper " + HelperName(helper) + L" names no reference file";
     if (!PathFileExistsW(path.data()))
         return L"the reference file " + path + L" of the helper " + HelperName(helper) + L" does not exist";
+    const MSTR unreadable = SceneFileReadProblem(path);
+    if (!unreadable.isNull())
+        return L"the reference file of the helper " + HelperName(helper) + L" cannot be read (" + unreadable + L")";
     return MSTR();
 }
 

@@ -1,5 +1,5 @@
 // The check the scripting interface makes before it loads a reference again: a helper whose reference file is
-// missing (or that names none) is left as it is, with a listener line that names the file and the helper, as a
+// missing, cannot be read as a scene file (or that names none) is left as it is, with a listener line that names the file and the helper, as a
 // reload or a reset would otherwise take its content out of the scene with nothing to load back.
 #pragma once
 
@@ -10,7 +10,7 @@ class VandrelsHelper;
 namespace vandrels {
 
 // Why the helper's reference cannot be loaded now: "" when the file it would load (its proxy or main file, as
-// loading chooses) exists, else a one-line explanation naming the helper and the file.
+// loading chooses) exists and reads as a scene file, else a one-line explanation naming the helper and the file.
 MSTR ReferenceFileProblem(VandrelsHelper* helper);
 
 // When there is a problem, writes the explanation and what became of the helper (consequence) to the listener as

@@ -13,7 +13,7 @@
 #include "shellapi.h"
 #include "ui/about_dialog.h"
 #include "ui/helper_access.h"
-#include "frame/maxscript_text.h"
+#include "maxscript/string_literal.h"
 #include "ui/undo_hold.h"
 #include "ui/vandrels_qt_advanced_reset.h"
 #include "winshim.h"

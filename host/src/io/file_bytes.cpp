@@ -57,6 +57,11 @@ void WriteFileReplacing(const MSTR& path, const std::vector<std::uint8_t>& bytes
     struct stat st {};
     if (::stat(name.c_str(), &st) == 0 && S_ISREG(st.st_mode) && !(st.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)))
         throw SceneFileError(path, L"cannot write: the file is read-only");
+    // A folder that nobody may write is read-only in the same way, so a save there fails for everyone alike.
+    const std::size_t slash = name.find_last_of('/');
+    const std::string folder = slash == std::string::npos ? std::string(".") : name.substr(0, slash ? slash : 1);
+    if (::stat(folder.c_str(), &st) == 0 && S_ISDIR(st.st_mode) && !(st.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)))
+        throw SceneFileError(path, L"cannot write: the folder is read-only");
     const std::string temp = name + ".saving-" + std::to_string(::getpid()) + "-" + std::to_string(counter++);
     auto fail = [&](int err) {
         ::unlink(temp.c_str());

@@ -3,6 +3,7 @@
 
 #include "core/fnpub.h"
 #include "maxscript/registry.h"
+#include "maxscript/string_literal.h"
 #include "ref.h"
 
 #include <cmath>
@@ -11,21 +12,6 @@
 namespace hostrt::mxs {
 
 namespace {
-
-std::wstring QuoteString(const std::wstring& s) {
-    std::wstring out = L"\"";
-    for (wchar_t c : s) {
-        switch (c) {
-        case L'"': out += L"\\\""; break;
-        case L'\\': out += L"\\\\"; break;
-        case L'\n': out += L"\\n"; break;
-        case L'\t': out += L"\\t"; break;
-        case L'\r': out += L"\\r"; break;
-        default: out += c;
-        }
-    }
-    return out + L"\"";
-}
 
 std::wstring BitArrayForm(const ::BitArray& bits) {
     std::wstring out = L"#{";
@@ -81,7 +67,7 @@ std::wstring Form(const Value& v, bool print) {
     case Kind::Integer: return std::to_wstring(v.AsInt());
     case Kind::Float: return FormatFloat(v.AsFloat());
     case Kind::Time: return FormatTime(v.AsTime());
-    case Kind::String: return print ? QuoteString(v.Text()) : v.Text();
+    case Kind::String: return print ? MaxScriptStringLiteral(v.Text()) : v.Text();
     case Kind::Name: return print ? L"#" + v.Text() : v.Text();
     case Kind::Array: {
         std::wstring out = L"#(";

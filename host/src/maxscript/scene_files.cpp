@@ -10,6 +10,11 @@
 #include "maxscript/errors.h"
 #include "maxscript/interpreter.h"
 #include "maxscript/print.h"
+#include "maxscript/string_literal.h"
+#include "io/file_bytes.h"
+#include "io/scene_file_error.h"
+#include "io/scene_format.h"
+#include "io/scene_reader.h"
 #include "platform/listener_capture.h"
 #include "platform/paths.h"
 #include "scene/merge.h"
@@ -55,7 +60,7 @@ Value SaveMaxFile(CallContext&, CallArgs& args) {
     const std::wstring path = ScenePath(args.positional[0]);
     const Value* useNewFile = args.Keyword(L"useNewFile");
     const bool makeCurrent = !useNewFile || useNewFile->Is(Kind::Unsupplied) || ToBool(*useNewFile);
-    return Value::Bool(Attempt(L"saveMaxFile \"" + path + L"\"", [&] {
+    return Value::Bool(Attempt(L"saveMaxFile " + MaxScriptStringLiteral(path), [&] {
         Scene::Instance().SaveScene(MSTR(path.c_str()), makeCurrent);
         return true;
     }));
@@ -64,7 +69,7 @@ Value SaveMaxFile(CallContext&, CallArgs& args) {
 Value LoadMaxFile(CallContext&, CallArgs& args) {
     CheckArgCount(L"loadMaxFile", args, 1);
     const std::wstring path = ScenePath(args.positional[0]);
-    return Value::Bool(Attempt(L"loadMaxFile \"" + path + L"\"", [&] {
+    return Value::Bool(Attempt(L"loadMaxFile " + MaxScriptStringLiteral(path), [&] {
         std::error_code ec;
         if (!std::filesystem::exists(hostrt::ToNativePath(path), ec)) throw std::runtime_error("no such file");
         Scene::Instance().OpenScene(MSTR(path.c_str()));
@@ -167,9 +172,28 @@ Value FetchMaxFile(CallContext&, CallArgs& args) {
     return Value::Bool(ok);
 }
 
+// getMaxFileVersionData file [quiet:<bool>]: reads the whole file and checks it as a scene file without creating
+// anything; answers #(format version, 0, format version). A file that cannot be read as a scene answers
+// undefined, or, with quiet:false, raises an error that names the file and the reason.
+Value GetMaxFileVersionData(CallContext&, CallArgs& args) {
+    CheckArgCount(L"getMaxFileVersionData", args, 1);
+    const Value* quiet = args.Keyword(L"quiet");
+    const bool beQuiet = !quiet || quiet->Is(Kind::Unsupplied) || ToBool(*quiet);
+    const MSTR path(ToText(args.positional[0]).c_str());
+    try {
+        ParseSceneFile(ReadFileBytes(path), path);
+    } catch (const SceneFileError& e) {
+        if (beQuiet) return Value::Undefined();
+        throw RuntimeError(std::wstring(e.message.data()));
+    }
+    const int version = int(scenefile::kVersion);
+    return Value::Array({Value::Int(version), Value::Int(0), Value::Int(version)});
+}
+
 }  // namespace
 
 void RegisterSceneFileFunctions() {
+    RegisterGlobalFunction(L"getMaxFileVersionData", GetMaxFileVersionData);
     RegisterGlobalFunction(L"holdMaxFile", HoldMaxFile);
     RegisterGlobalFunction(L"fetchMaxFile", FetchMaxFile);
     RegisterGlobalFunction(L"saveMaxFile", SaveMaxFile);
