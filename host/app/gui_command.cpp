@@ -5,7 +5,6 @@
 
 #include "Qt/QmaxMainWindow.h"
 #include "maxapi.h"
-#include "notify.h"
 #include "platform/listener_capture.h"
 #include "qt/host_main_window.h"
 #include "strclass.h"
@@ -70,7 +69,6 @@ int RunGui(const Options& opts, const std::string& sceneFile) {
     } else {
         rc = QApplication::exec();
     }
-    BroadcastNotification(NOTIFY_SYSTEM_SHUTDOWN);
     return rc;
 }
 

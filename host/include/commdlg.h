@@ -1,6 +1,11 @@
 // The system's common open-file dialog (GetOpenFileNameW), as a plug-in calls it to let the user pick files.
-// The host answers it through its file dialog service: a scripted answer when one is queued, else the dialog is
-// cancelled; in quiet mode nothing is shown and the dialog is cancelled. Hook procedures are not called.
+// The host answers it through its file dialog service: a scripted answer when one is queued, else the graphical
+// session's dialog, else the dialog is cancelled; in quiet mode nothing is shown and the dialog is cancelled.
+// A hook with a template (OFN_ENABLEHOOK | OFN_ENABLETEMPLATE, the template in hInstance's resources) gets the
+// template as its child dialog of the file dialog: WM_INITDIALOG (lParam the OPENFILENAMEW) when the dialog
+// opens, WM_COMMAND for its controls while a user works the graphical dialog, and WM_NOTIFY with CDN_FILEOK
+// when a pick is confirmed; it asks the dialog (its parent) with the CDM_ messages and confirms the typed name
+// by sending it WM_COMMAND IDOK (a folder's name moves the dialog into that folder).
 #pragma once
 
 #include "winshim.h"
@@ -33,7 +38,30 @@ struct OPENFILENAMEW {
     DWORD FlagsEx = 0;
 };
 using LPOPENFILENAMEW = OPENFILENAMEW*;
+
+struct OFNOTIFYW {
+    NMHDR hdr;  // hwndFrom: the file dialog
+    LPOPENFILENAMEW lpOFN = nullptr;
+    LPWSTR pszFile = nullptr;
+};
 static_assert(sizeof(OPENFILENAMEW) == 152, "the structure size of the 64-bit system dialog");
+
+// What the hook asks its parent, the file dialog (wParam and lParam as Windows has them: a buffer's size in
+// characters and the buffer; answers the text's size with its terminating zero).
+#define WM_USER 0x0400
+#define CDM_FIRST (WM_USER + 100)
+#define CDM_GETSPEC (CDM_FIRST + 0x0000)        // the typed file name
+#define CDM_GETFILEPATH (CDM_FIRST + 0x0001)    // the folder and the typed file name
+#define CDM_GETFOLDERPATH (CDM_FIRST + 0x0002)  // the folder the dialog shows
+#define CDM_SETCONTROLTEXT (CDM_FIRST + 0x0004) // wParam a control of the dialog (edt1, cmb13), lParam the text
+// Controls of the file dialog: the file-name field, and the place of the dialog's own controls in a template.
+#define edt1 0x0480
+#define cmb13 0x047C
+#define stc32 0x045F
+// WM_NOTIFY codes the hook receives; lParam points to an OFNOTIFYW.
+#define CDN_FIRST (0U - 601U)
+#define CDN_INITDONE (CDN_FIRST - 0x0000U)
+#define CDN_FILEOK (CDN_FIRST - 0x0005U)
 
 #define OFN_READONLY 0x00000001u
 #define OFN_HIDEREADONLY 0x00000004u

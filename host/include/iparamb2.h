@@ -158,18 +158,20 @@ public:
 };
 
 // The control a parameter shows in its block's automatic rollout.
-enum class PBControl { None, CheckBox, CustEdit, Spinner, RadioButtons };
+enum class PBControl { None, CheckBox, CustEdit, Spinner, RadioButtons, ComboBox };
 // What a spinner edits.
 enum EditSpinnerType { EDITTYPE_INT = 1, EDITTYPE_FLOAT = 2, EDITTYPE_UNIVERSE = 3, EDITTYPE_POS_INT = 4,
                        EDITTYPE_POS_FLOAT = 5, EDITTYPE_TIME = 6 };
 
 struct ParamUIDesc2 {
     PBControl kind = PBControl::None;
-    // Control ids: the check box or edit; for a spinner its edit then its spinner; for radio buttons one per
-    // value, button k standing for value k.
+    // Control ids: the check box, edit or combo box; for a spinner its edit then its spinner; for radio buttons
+    // one per value, button k standing for value k.
     std::vector<int> ctrl_ids;
     EditSpinnerType spin_type = EDITTYPE_FLOAT;
     float spin_scale = 0.1f;
+    // A combo box's items (string ids of the library), item k standing for value k.
+    std::vector<StringResID> item_ids{};
 };
 
 // Definition of one parameter of a block.
@@ -217,6 +219,8 @@ public:
     ParamDefBuilder& Spinner(int editId, int spinnerId, EditSpinnerType type = EDITTYPE_FLOAT, float scale = 0.1f);
     // Button k sets the parameter to k.
     ParamDefBuilder& RadioButtons(std::initializer_list<int> ctrlIds);
+    // A drop-down list of the texts items (string ids); item k sets the parameter to k.
+    ParamDefBuilder& ComboBox(int ctrlId, std::initializer_list<StringResID> items);
     ParamDef& Def();
 
 private:
@@ -402,7 +406,8 @@ public:
     ParamID LastNotifyParamID() const { return lastId_; }
     ParamID LastNotifyParamID(int& tabIndex) const { tabIndex = lastTab_; return lastId_; }
 
-    // The rollout's parameter map while the block is edited (set by the user interface).
+    // The rollout's parameter map while the block is edited (set by the user interface); every change of the
+    // block invalidates it.
     IParamMap2* GetMap() const { return map_; }
     void SetMap(IParamMap2* map) { map_ = map; }
 
@@ -481,6 +486,8 @@ public:
     virtual IParamBlock2* GetParamBlock() = 0;
     // The rollout's window; null while it is shown by a presenter that has no native window.
     virtual HWND GetHWnd() = 0;
+    // The block changed (parameter id, or -1 for all): the rollout shows the new values once the change is over.
+    virtual void Invalidate(ParamID id = -1, int tabIndex = -1) {}
 
 protected:
     ~IParamMap2() = default;

@@ -124,9 +124,19 @@ using LPRECT = RECT*;
 #define BM_SETCHECK 0x00F1
 #define EM_SETSEL 0x00B1
 #define EM_SETREADONLY 0x00CF
+// Combo boxes: their list of texts and the selected one (CB_ERR without one).
+#define CB_ADDSTRING 0x0143
+#define CB_GETCOUNT 0x0146
+#define CB_GETCURSEL 0x0147
+#define CB_GETLBTEXT 0x0148
+#define CB_GETLBTEXTLEN 0x0149
+#define CB_RESETCONTENT 0x014B
+#define CB_SETCURSEL 0x014E
+#define CB_ERR (-1)
 // Notification codes in the high word of WM_COMMAND's wParam.
 #define BN_CLICKED 0
 #define EN_CHANGE 0x0300
+#define CBN_SELCHANGE 1
 // WM_NOTIFY's lParam: the control that sends it and what happened (a link control sends NM_CLICK when clicked).
 struct NMHDR {
     HWND hwndFrom = nullptr;

@@ -10,7 +10,8 @@
 // (numbered from 1, as a failure report lists them) of each seed; --no-reduce skips the search for the shortest
 // failing sequence (for long soaks); --describe prints the MAXScript that writes the seed's reference files and
 // what the shot holds; --modifier-edits adds modifier edits on referenced nodes; --undo-all lets undo
-// take back wire colour, hide, freeze, display and render switch edits too (a known fault, off by default).
+// take back wire colour, hide, freeze, display and render switch edits too (off by default, so that the seeds
+// found before it existed keep naming the same scenarios).
 #include "shot_runner.h"
 
 #include "core/class_directory.h"

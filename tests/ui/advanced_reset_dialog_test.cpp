@@ -12,20 +12,14 @@
 #include <QGroupBox>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QTest>
 
 namespace {
 
+using uitest::ClickMark;
+using uitest::Setting;
+using uitest::Truth;
 using vtest::Script;
 
-std::wstring Text(const std::wstring& script) {
-    FPValue v = Script(script);
-    return v.type == TYPE_STRING && v.s ? v.s : L"<not a string>";
-}
-bool Truth(const std::wstring& script) {
-    FPValue v = Script(script);
-    return v.type == TYPE_BOOL && v.i;
-}
 
 const char* const kCategoryBoxes[] = {"GeometryBox", "ShapesBox",         "LightsBox",          "CamerasBox",
                                       "HelpersBox",  "SpaceWarpsBox",     "ParticleSystemsBox", "BoneObjectsBox"};
@@ -50,13 +44,7 @@ protected:
     }
     template <typename T>
     T* In(const char* name) {
-        T* widget = dialog_->findChild<T*>(name);
-        EXPECT_TRUE(widget) << name;
-        return widget;
-    }
-    // A check box or radio button reacts to clicks on its mark and its text: click near its left end.
-    static void ClickBox(QAbstractButton* button) {
-        QTest::mouseClick(button, Qt::LeftButton, Qt::NoModifier, QPoint(6, button->height() / 2));
+        return uitest::FindIn<T>(dialog_, name);
     }
     QDialog* dialog_ = nullptr;
 };
@@ -72,21 +60,21 @@ TEST_F(AdvancedResetDialog, BoxesFollowTheModeAndTheAllBoxes) {
     EXPECT_EQ(categoryAll->checkState(), Qt::Checked);
     EXPECT_EQ(parametersAll->checkState(), Qt::Checked);
 
-    ClickBox(In<QRadioButton>("SelectedNodesButton"));
+    ClickMark(In<QRadioButton>("SelectedNodesButton"));
     EXPECT_FALSE(In<QGroupBox>("CategoryGroup")->isEnabled());
     EXPECT_FALSE(In<QCheckBox>("DeletedNodesBox")->isEnabled());
     EXPECT_TRUE(In<QCheckBox>("DeletedNodesBox")->isChecked());
     EXPECT_TRUE(In<QCheckBox>("TransformBox")->isEnabled());
-    ClickBox(In<QRadioButton>("SelectedReferencesButton"));
+    ClickMark(In<QRadioButton>("SelectedReferencesButton"));
     EXPECT_TRUE(In<QGroupBox>("CategoryGroup")->isEnabled());
     EXPECT_TRUE(In<QCheckBox>("DeletedNodesBox")->isEnabled());
 
-    ClickBox(In<QCheckBox>("LightsBox"));
+    ClickMark(In<QCheckBox>("LightsBox"));
     EXPECT_EQ(categoryAll->checkState(), Qt::PartiallyChecked);
-    ClickBox(categoryAll);
+    ClickMark(categoryAll);
     EXPECT_EQ(categoryAll->checkState(), Qt::Checked);
     EXPECT_TRUE(In<QCheckBox>("LightsBox")->isChecked());
-    ClickBox(parametersAll);
+    ClickMark(parametersAll);
     for (const char* name : kParameterBoxes) EXPECT_FALSE(In<QCheckBox>(name)->isChecked()) << name;
     EXPECT_EQ(parametersAll->checkState(), Qt::Unchecked);
 }
@@ -96,17 +84,17 @@ TEST_F(AdvancedResetDialog, ConfirmingStoresTheChoicesAndNamesTheMode) {
     AddReference(L"chairs");
     Script(L"$Chair.pos = [50, 0, 0]; clearSelection()");
     OpenDialog();
-    ClickBox(In<QRadioButton>("SelectedNodesButton"));
-    ClickBox(In<QCheckBox>("NameBox"));
+    ClickMark(In<QRadioButton>("SelectedNodesButton"));
+    ClickMark(In<QCheckBox>("NameBox"));
     hostrt::DialogService::Instance().PushAnswer(IDYES);
-    ClickBox(In<QPushButton>("ResetButton"));
+    ClickMark(In<QPushButton>("ResetButton"));
     const auto box = hostrt::DialogService::Instance().MessageBoxes().back().request;
     EXPECT_EQ(box.title, L"Advance Reset");
     EXPECT_EQ(box.text, L"Are you sure you want to reset the selected nodes?, this operation can't be undone.");
     EXPECT_TRUE(Truth(L"$Chair.pos == [50, 0, 0]"));
-    EXPECT_EQ(Text(L"GetINISetting (getMAXIniFile()) \"Vandrels\" \"AdvReset_Selection\""), L"2");
-    EXPECT_EQ(Text(L"GetINISetting (getMAXIniFile()) \"Vandrels\" \"AdvReset_UIName\""), L"0");
-    EXPECT_EQ(Text(L"GetINISetting (getMAXIniFile()) \"Vandrels\" \"AdvReset_UILayer\""), L"1");
+    EXPECT_EQ(Setting(L"AdvReset_Selection"), L"2");
+    EXPECT_EQ(Setting(L"AdvReset_UIName"), L"0");
+    EXPECT_EQ(Setting(L"AdvReset_UILayer"), L"1");
 
     // Shown again, the dialog reads its choices back.
     dialog_->close();
@@ -126,10 +114,10 @@ TEST_F(AdvancedResetDialog, ResetsWhatTheScriptResetsForTheSameChoices) {
     Script(shot);
     theHold.FlushUndoBuffer();
     OpenDialog();
-    ClickBox(In<QCheckBox>("ParametersAllBox"));  // all off
-    ClickBox(In<QCheckBox>("TransformBox"));
+    ClickMark(In<QCheckBox>("ParametersAllBox"));  // all off
+    ClickMark(In<QCheckBox>("TransformBox"));
     hostrt::DialogService::Instance().PushAnswer(IDYES);
-    ClickBox(In<QPushButton>("ResetButton"));
+    ClickMark(In<QPushButton>("ResetButton"));
     EXPECT_TRUE(Truth(L"$Chair.pos == [0, 0, 0]"));
     EXPECT_TRUE(Truth(L"$Chair.wirecolor == color 200 0 0"));
     const hostrt::test::SceneSnapshot byDialog = hostrt::test::TakeSnapshot();

@@ -7,27 +7,37 @@
 #include "maxapi.h"
 #include "platform/dialog_service.h"
 #include "platform/file_dialog_service.h"
+#include "qt/qt_presenters.h"
+#include "resource.h"
 #include "winshim.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QComboBox>
 #include <QMenu>
+#include <QPushButton>
 #include <QTest>
 #include <QTimer>
 
+#include <optional>
+
 namespace {
 
+using uitest::Setting;
+using uitest::Text;
+using uitest::Truth;
 using vtest::Node;
 using vtest::RunInt;
 using vtest::Script;
 
-std::wstring Text(const std::wstring& script) {
-    FPValue v = Script(script);
-    return v.type == TYPE_STRING && v.s ? v.s : L"<not a string>";
-}
-bool Truth(const std::wstring& script) {
-    FPValue v = Script(script);
-    return v.type == TYPE_BOOL && v.i;
+// A MAXScript string literal of any text, quotes and backslashes escaped.
+std::wstring Literal(const std::wstring& text) {
+    std::wstring out = L"\"";
+    for (wchar_t c : text) {
+        if (c == L'"' || c == L'\\') out += L'\\';
+        out += c;
+    }
+    return out + L"\"";
 }
 std::wstring Helper(int index, const wchar_t* property) {
     return L"(Vandrels.GetVandrel " + std::to_wstring(index) + L").baseObject." + property;
@@ -146,8 +156,8 @@ TEST_F(ManagerWindow, ReopeningStoresTheGeometryAndRebuildsTheRows) {
     EXPECT_EQ(Table()->rowCount(), 1);
     Script(L"SetINISetting (getMAXIniFile()) \"Vandrels\" \"DlgSizeX\" \"1\"");
     OpenManager();
-    EXPECT_EQ(Text(L"GetINISetting (getMAXIniFile()) \"Vandrels\" \"DlgSizeX\""), L"640");
-    EXPECT_EQ(Text(L"GetINISetting (getMAXIniFile()) \"Vandrels\" \"DlgSizeY\""), L"480");
+    EXPECT_EQ(Setting(L"DlgSizeX"), L"640");
+    EXPECT_EQ(Setting(L"DlgSizeY"), L"480");
     EXPECT_EQ(manager_->width(), 640);
     EXPECT_EQ(Table()->rowCount(), 1);
     // A new scene empties the open window.
@@ -187,15 +197,6 @@ TEST_F(ManagerWindow, ContextMenuEnablesEntriesBySelection) {
     OpenManager();
     ClickRow(0);
     ClickRow(1, Qt::ControlModifier);
-    std::map<QString, bool> enabled;
-    QTimer::singleShot(0, [&enabled] {
-        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-        if (!menu) return;
-        for (QAction* action : menu->findChildren<QAction*>())
-            if (!action->text().isEmpty()) enabled[action->text()] = action->isEnabled();
-        menu->close();
-    });
-    QMetaObject::invokeMethod(manager_, "OnContextMenuRequested", Q_ARG(QPoint, QPoint(5, 5)));
     const std::map<QString, bool> expected = {{"&File", true},
                                               {"&Open", false},
                                               {"Open in &New 3ds Max Session", false},
@@ -204,7 +205,7 @@ TEST_F(ManagerWindow, ContextMenuEnablesEntriesBySelection) {
                                               {"&Save As...", false},
                                               {"&Select Nodes", true},
                                               {"Show &Duplicated Names", false}};
-    EXPECT_EQ(enabled, expected);
+    EXPECT_EQ(ContextMenuEntries(), expected);
 
     // Select Nodes picks the referenced nodes of both helpers, as one undo step.
     Script(L"clearSelection()");
@@ -238,6 +239,133 @@ TEST_F(ManagerWindow, AddEditReloadAndRemoveByMouse) {
     EXPECT_FALSE(Node(L"chairs"));
     EXPECT_FALSE(Node(L"Chair"));
     EXPECT_FALSE(Find<QToolButton>("RemoveButton")->isEnabled());
+}
+
+// With one row selected every entry is on. Reveal asks the shell to show the reference file selected in Explorer;
+// Open makes it the scene. The file's name holds quotes: it is opened as a name, never run as script.
+TEST_F(ManagerWindow, ContextMenuRevealsAndOpensTheReferenceFile) {
+    const std::filesystem::path odd = folder_ / "shot \"A\" 'v2'.max";
+    std::filesystem::copy_file(folder_ / "chairs.max", odd);
+    const std::wstring oddName = MSTR::FromUTF8(odd.string()).data();
+    Script(L"Vandrels.AddVandrel " + Literal(oddName));
+    OpenManager();
+    ClickRow(0);
+    for (const auto& [entry, on] : ContextMenuEntries()) EXPECT_TRUE(on) << entry.toStdString();
+
+    Invoke("OnContextMenuRevealInExplorer");
+    const auto shell = hostrt::ShellRequests::Instance().Requests();
+    ASSERT_FALSE(shell.empty());
+    EXPECT_EQ(shell.back().operation, L"open");
+    EXPECT_EQ(shell.back().file, L"explorer.exe");
+    EXPECT_EQ(shell.back().parameters, L"/select,\"" + oddName + L"\"");
+
+    Invoke("OnContextMenuOpen");
+    EXPECT_EQ(uitest::Text(L"maxFileName"), L"shot \"A\" 'v2'.max");
+    EXPECT_TRUE(Node(L"Chair"));
+    EXPECT_TRUE(Node(L"Stool"));
+    EXPECT_EQ(RunInt(L"Vandrels.NumVandrels()"), 0);  // the reference file holds no reference
+    EXPECT_EQ(Table()->rowCount(), 0);
+}
+
+// Save As asks for a name in a save dialog titled after the reference and writes the reference's nodes there;
+// Cancel writes nothing.
+TEST_F(ManagerWindow, ContextMenuSaveAsWritesTheReferenceUnderTheChosenName) {
+    AddReference(L"chairs");
+    OpenManager();
+    ClickRow(0);
+    const std::filesystem::path copy = folder_ / "chairs_copy.max";
+    uitest::WithNextFileDialog([](QFileDialog& dialog) { dialog.reject(); }, [&] { Invoke("OnContextMenuSaveAs"); });
+    EXPECT_FALSE(std::filesystem::exists(copy));
+    QString title;
+    uitest::WithNextFileDialog(
+        [&](QFileDialog& dialog) {
+            title = dialog.windowTitle();
+            dialog.selectFile(QString::fromStdString(copy.string()));
+            static_cast<QDialog&>(dialog).accept();
+        },
+        [&] { Invoke("OnContextMenuSaveAs"); });
+    EXPECT_EQ(title, "Save Reference chairs As...");
+    ASSERT_TRUE(std::filesystem::exists(copy));
+    Script(L"resetMaxFile #noPrompt; mergeMaxFile " + vtest::Quoted(MSTR::FromUTF8(copy.string())));
+    EXPECT_TRUE(Node(L"Chair"));
+    EXPECT_TRUE(Node(L"Stool"));
+}
+
+// Help opens the online documentation in the browser. About shows the about box with the library's version; its
+// link opens the product's page.
+TEST_F(ManagerWindow, HelpOpensTheDocumentationAndAboutShowsTheVersion) {
+    OpenManager();
+    {
+        uitest::UrlCatcher browser("https");
+        Find<QAction>("HelpAction")->trigger();
+        EXPECT_EQ(browser.urls, QStringList{"https://vandrels.example.com/docs/"});
+    }
+    auto& dialogs = hostrt::DialogService::Instance();
+    dialogs.PushDialogScript({hostrt::DialogAction::PressButton(IDC_ABOUT_LINK)});
+    Find<QAction>("AboutAction")->trigger();
+    const hostrt::DialogRecord about = dialogs.Dialogs().back();
+    EXPECT_EQ(about.resourceId, UINT(IDD_ABOUT));
+    ASSERT_TRUE(about.Control(IDC_ABOUT_VERSION));
+    EXPECT_EQ(about.Control(IDC_ABOUT_VERSION)->text, L"1.12.02");
+    EXPECT_EQ(about.result, IDOK);
+    EXPECT_EQ(hostrt::ShellRequests::Instance().Requests().back().file, L"https://vandrels.example.com/");
+}
+
+// The file picker as the graphical session shows it: the folder history under the dialog moves it to a folder
+// picked before, "+" numbers the typed name on and confirms it, and the folder goes to the top of the history.
+TEST_F(ManagerWindow, FilePickerHistoryMovesToAFolderAndPlusNumbersTheNameOn) {
+    const std::filesystem::path shots = folder_ / "shots";
+    std::filesystem::create_directories(shots);
+    for (const char* name : {"shot07.max", "shot08.max"}) std::filesystem::copy_file(folder_ / "chairs.max", shots / name);
+    const std::wstring shotsFolder = MSTR::FromUTF8(shots.string()).data();
+    Script(L"SetINISetting (getMAXIniFile()) \"Vandrels History\" \"Path1\" " + Literal(shotsFolder));
+    OpenManager();
+    auto& files = hostrt::FileDialogService::Instance();
+    files.SetPresenter(&hostrt::PresentFileDialog);
+    QString movedTo;
+    uitest::WithNextFileDialog(
+        [&](QFileDialog& dialog) {
+            auto* history = dialog.findChild<QComboBox*>("Control3229");
+            auto* plus = dialog.findChild<QPushButton*>("Control3231");
+            ASSERT_TRUE(history && plus);
+            const int item = history->findText(QString::fromStdWString(shotsFolder));
+            ASSERT_GE(item, 0);
+            history->activated(item);
+            movedTo = dialog.directory().absolutePath();
+            dialog.findChild<QLineEdit*>("fileNameEdit")->setText("shot07.max");
+            plus->click();
+        },
+        [&] { Click(Find<QToolButton>("AddButton")); });
+    files.SetPresenter(nullptr);
+    EXPECT_EQ(movedTo, QString::fromStdWString(shotsFolder));
+    ASSERT_EQ(Table()->rowCount(), 1);
+    EXPECT_EQ(Table()->item(0, 4)->text(), QString::fromStdWString(shotsFolder + L"/shot08.max"));
+    EXPECT_EQ(Setting(L"Path1", L"Vandrels History"), shotsFolder);
+}
+
+// The "+" button numbers the typed name on whatever it ends in, keeping an extension of up to five characters.
+TEST_F(ManagerWindow, FilePickerPlusNumbersEveryKindOfNameOn) {
+    const std::pair<const wchar_t*, const wchar_t*> cases[] = {
+        {L"shot07.max", L"shot08.max"}, {L"shot.max", L"shot01.max"}, {L"shot99.max", L"shot100.max"},
+        {L"take9.max", L"take901.max"}, {L"v12.backup", L"v12.backup01"}};
+    const std::wstring folder = MSTR::FromUTF8(folder_.string()).data();
+    auto& files = hostrt::FileDialogService::Instance();
+    for (const auto& [typed, expected] : cases) {
+        std::filesystem::copy_file(folder_ / "lamps.max", folder_ / MSTR(expected).ToUTF8());
+        // A user who types the name and presses "+" in the picker's template.
+        files.SetPresenter([&, typed = typed](const hostrt::FileDialogRequest& request) {
+            std::optional<std::vector<std::wstring>> picked;
+            if (!request.extension) return picked;
+            request.extension->SetCurrent(folder, typed);
+            request.extension->Press(IDC_NEXT_NUMBER);
+            if (request.extension->TakeConfirm()) picked = std::vector<std::wstring>{folder + L"/" + request.extension->Name()};
+            return picked;
+        });
+        Script(L"Vandrels.AddVandrelDialog()");
+        files.SetPresenter(nullptr);
+        EXPECT_EQ(Text(L"(Vandrels.GetVandrel (Vandrels.NumVandrels())).baseObject.FileName"), folder + L"/" + expected)
+            << typed;
+    }
 }
 
 }  // namespace

@@ -5,8 +5,12 @@
 #include "platform/dialog_service.h"
 #include "platform/file_dialog_service.h"
 
+#include <QAction>
 #include <QApplication>
+#include <QDesktopServices>
+#include <QMenu>
 #include <QTest>
+#include <QTimer>
 #include <unistd.h>
 
 #include <set>
@@ -15,6 +19,45 @@ namespace uitest {
 
 using vtest::Quoted;
 using vtest::Script;
+
+std::wstring Text(const std::wstring& script) {
+    FPValue v = Script(script);
+    return v.type == TYPE_STRING && v.s ? v.s : L"<not a string>";
+}
+
+bool Truth(const std::wstring& script) {
+    FPValue v = Script(script);
+    return v.type == TYPE_BOOL && v.i;
+}
+
+std::wstring Setting(const wchar_t* key, const wchar_t* section) {
+    return Text(std::wstring(L"GetINISetting (getMAXIniFile()) \"") + section + L"\" \"" + key + L"\"");
+}
+
+void ClickMark(QAbstractButton* button) {
+    QTest::mouseClick(button, Qt::LeftButton, Qt::NoModifier, QPoint(6, button->height() / 2));
+}
+
+UrlCatcher::UrlCatcher(const QString& scheme) : scheme_(scheme) { QDesktopServices::setUrlHandler(scheme, this, "Open"); }
+
+UrlCatcher::~UrlCatcher() { QDesktopServices::unsetUrlHandler(scheme_); }
+
+void WithNextFileDialog(const std::function<void(QFileDialog&)>& answer, const std::function<void()>& run) {
+    bool answered = false;
+    QTimer poll;
+    poll.setInterval(10);
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        if (!dialog || !dialog->isVisible() || answered) return;
+        answered = true;
+        poll.stop();
+        answer(*dialog);
+        if (dialog->isVisible()) dialog->reject();  // an answer that did not end the dialog: Cancel
+    });
+    poll.start();
+    run();
+    EXPECT_TRUE(answered) << "no file dialog opened";
+}
 
 void WindowTest::SetUp() {
     SceneTest::SetUp();
@@ -70,6 +113,19 @@ std::vector<int> WindowTest::SelectedRows() {
 }
 
 void WindowTest::Invoke(const char* slot) { QMetaObject::invokeMethod(manager_, slot); }
+
+std::map<QString, bool> WindowTest::ContextMenuEntries() {
+    std::map<QString, bool> enabled;
+    QTimer::singleShot(0, [&enabled] {
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        if (!menu) return;
+        for (QAction* action : menu->findChildren<QAction*>())
+            if (!action->text().isEmpty()) enabled[action->text()] = action->isEnabled();
+        menu->close();
+    });
+    QMetaObject::invokeMethod(manager_, "OnContextMenuRequested", Q_ARG(QPoint, QPoint(5, 5)));
+    return enabled;
+}
 
 std::wstring WindowTest::LastBoxTitle() {
     const auto boxes = hostrt::DialogService::Instance().MessageBoxes();

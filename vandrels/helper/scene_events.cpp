@@ -87,7 +87,18 @@ void OnNodeRenamed(const NameChange* change) {
         OnHelperRenamed(helper, MSTR(change->newName), MSTR(change->oldName ? change->oldName : L""));
 }
 
+// A referenced node the user deletes stays deleted: its helper keeps the node's name in the reference file and
+// deletes the node again after every merge (undoably, so that undoing the deletion forgets the name). Deletions
+// made by the library itself, by undo and redo, and while a file opens are not the user's.
+void RememberDeletedReferencedNode(INode* node) {
+    if (GetOperationMode() != kModeIdle || IsFileOpening() || theHold.RestoreOrRedoing()) return;
+    RefNode* record = FindNodeRecord(node);
+    if (!record) return;
+    if (auto* owner = dynamic_cast<VandrelsHelper*>(record->GetHelper())) owner->RememberDeletedName(record->GetName());
+}
+
 void OnNodeAboutToBeDeleted(INode* node) {
+    RememberDeletedReferencedNode(node);
     VandrelsHelper* helper = HelperOf(node);
     if (!helper) return;
     helper->Dismiss();

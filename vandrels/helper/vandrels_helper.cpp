@@ -234,6 +234,14 @@ void VandrelsHelper::ForgetName(const MCHAR* name) {
         }
 }
 
+void VandrelsHelper::RememberDeletedName(const MSTR& name) {
+    if (name.isNull()) return;
+    for (WStr* entry : data_.nodesToDelete)
+        if (entry && *entry == WStr(name)) return;
+    if (theHold.Holding()) vandrels::PutNamesRestore(data_.nodesToDelete);
+    data_.nodesToDelete.Append(new WStr(name));
+}
+
 Tab<INode*> VandrelsHelper::GetNodes() {
     Tab<INode*> nodes;
     for (RefNode* record : data_.refNodes)

@@ -113,6 +113,8 @@ public:
     bool IsNested() override;
     // Deletes every entry equal to name from nodesToDelete (undoable while the hold is holding).
     void ForgetName(const MCHAR* name) override;
+    // Keeps name (a referenced node's name in the reference file) among the nodes deleted again after each merge.
+    void RememberDeletedName(const MSTR& name);
     // The helper's node (the first node whose object is this helper); null when none.
     INode* GetNode();
 

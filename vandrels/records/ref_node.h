@@ -155,6 +155,9 @@ private:
 
     // Detection (records/ref_node_detect.cpp).
     void onOwnNodeMessage(INode* node, PartID& partID, RefMessage message);
+    // While the host undoes or redoes: the values the record reads from its node follow the node, and the
+    // override bits stay as their own undo records leave them.
+    void followUndoneValues(INode* node, PartID partID, RefMessage message);
     void onParentChanged(INode* node);
     void onChildAttached(INode* child);
     void onLayerChanged(INode* node);

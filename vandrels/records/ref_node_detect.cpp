@@ -47,9 +47,11 @@ RefResult RefNode::NotifyRefChanged(const Interval& changeInt, RefTargetHandle h
     } else if (mode != vandrels::kModeIdle) {
         return REF_STOP;
     } else if (theHold.RestoreOrRedoing()) {
-        // Undo brings the flags back through their own records; only the sub-animatable tree follows the node.
+        // Undo brings the flags back through their own records; the sub-animatable tree and the values the
+        // record reads follow the node, so that an undone edit neither comes back nor hides the same edit made again.
         if (fromNode && message == nodemsg::kSubAnimStructure)
             return RefBase::NotifyRefChanged(changeInt, hTarget, partID, message, propagate);
+        if (fromNode) followUndoneValues(node, partID, message);
         return REF_STOP;
     }
     if (message == nodemsg::kTargetQuery) {
@@ -141,6 +143,40 @@ void RefNode::onOwnNodeMessage(INode* node, PartID& partID, RefMessage message) 
         case nodemsg::kModifierStackChanged:
             onModifierMessage(message, partID);
             return;
+        default:
+            return;
+    }
+}
+
+void RefNode::followUndoneValues(INode* node, PartID partID, RefMessage message) {
+    switch (message) {
+        case nodemsg::kDisplayChanged:
+            setDisplayProps(nodestate::ReadDisplay(node));
+            return;
+        case nodemsg::kRenderChanged:
+        case nodemsg::kRenderSwitch:
+        case nodemsg::kRenderValue:
+            data_.renderProps = nodestate::ReadRender(node);
+            return;
+        case nodemsg::kUserPropsChanged:
+            node->GetUserPropBuffer(data_.userProps);
+            return;
+        case nodemsg::kBoneChanged:
+            data_.boneProps = nodestate::ReadBone(node);
+            return;
+        case nodemsg::kWireColor:
+            data_.wireColor = node->GetWireColor();
+            return;
+        case nodemsg::kDisplay: {
+            std::uint16_t bits = data_.displayBits;
+            if (partID & nodemsg::kPartHidden)
+                bits = std::uint16_t((bits & ~kDisplayHiddenBit) | (node->IsHidden() ? kDisplayHiddenBit : 0));
+            if (partID & nodemsg::kPartFrozen)
+                bits = std::uint16_t((bits & ~kDisplayFrozenBit) | (node->IsFrozen() ? kDisplayFrozenBit : 0));
+            data_.displayBits = bits;
+            if (!(partID & (nodemsg::kPartHidden | nodemsg::kPartFrozen))) setDisplayProps(nodestate::ReadDisplay(node));
+            return;
+        }
         default:
             return;
     }

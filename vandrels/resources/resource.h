@@ -51,6 +51,8 @@
 #define IDS_CLASS_REFANIMSKIN 55
 #define IDS_CLASS_REFANIMMTL 257
 #define IDS_CLASS_REFANIMTEXMAP 258
+// The name the file picker's folder history is kept under.
+#define IDS_FILE_HISTORY 259
 #define IDS_CLASS_REFANIMTEXT 59
 #define IDS_CLASS_REFANIMLINKEDXFORM 60
 #define IDS_CLASS_REFANIMCLOTH 61
@@ -184,6 +186,7 @@
 // duplicated-names warning and of the error report, 3227 the message of the warning and the title lines of the
 // about box, 1008 the warning's check box and the about box's note.
 #define IDD_HELPER_ROLLOUT 101
+#define IDD_FILE_HISTORY 115
 #define IDD_ABOUT 122
 #define IDD_DUPLICATED_NAMES 131
 #define IDD_REFERENCE_ERROR 132
@@ -195,6 +198,12 @@
 #define IDC_ABOUT_LINK 1029
 #define IDC_ABOUT_VERSION 1206
 #define IDC_DIALOG_MESSAGE 3227
+// The file picker's template: the place of the system dialog's own controls, the folder history and its
+// label, the "+" button that numbers the typed name on.
+#define IDC_FILE_DIALOG_PLACE 1119
+#define IDC_HISTORY 3229
+#define IDC_HISTORY_LABEL 3230
+#define IDC_NEXT_NUMBER 3231
 // The helper's rollout.
 #define IDC_FILE_NAME_LABEL 1004
 #define IDC_USE_PROXY_VIEWPORT 1005

@@ -158,6 +158,8 @@ void VandrelsQtManager::BuildMenus() {
     mergeAction_->setObjectName("MergeAction");
     advancedResetAction_->setObjectName("AdvancedResetAction");
     showDupNamesAction_->setObjectName("ShowDupNamesAction");
+    helpAction_->setObjectName("HelpAction");
+    aboutAction_->setObjectName("AboutAction");
 }
 
 QToolButton* VandrelsQtManager::AddToolButton(const QString& icon, const QString& tooltip,

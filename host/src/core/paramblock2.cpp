@@ -275,6 +275,7 @@ void IParamBlock2::NotifyParamChanged(ParamID id, int tabIndex) {
     lastId_ = id;
     lastTab_ = tabIndex;
     NotifyDependents(FOREVER, PART_ALL, REFMSG_CHANGE);
+    if (map_) map_->Invalidate(id, tabIndex);
 }
 
 void IParamBlock2::RestoreParam(int index, int tabIndex, const std::vector<PB2Entry>& entries) {

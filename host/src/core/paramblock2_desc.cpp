@@ -124,6 +124,12 @@ ParamDefBuilder& ParamDefBuilder::RadioButtons(std::initializer_list<int> ctrlId
     return *this;
 }
 
+ParamDefBuilder& ParamDefBuilder::ComboBox(int ctrlId, std::initializer_list<StringResID> items) {
+    Def().ui = ParamUIDesc2{PBControl::ComboBox, {ctrlId}};
+    Def().ui.item_ids.assign(items);
+    return *this;
+}
+
 // ------------------------------------------------------------------------------------------ ParamBlockDesc2
 
 ParamBlockDesc2::ParamBlockDesc2(BlockID id, const MCHAR* intName, StringResID localName, ClassDesc2* cdesc,

@@ -125,6 +125,9 @@ void PluginManager::Startup() {
 void PluginManager::Shutdown() {
     if (shutDown_) return;
     shutDown_ = true;
+    // Whatever kind of session ends (a script run, the listener, the window), what was started hears the end
+    // before the libraries shut down.
+    if (started_) BroadcastNotification(NOTIFY_SYSTEM_SHUTDOWN);
     // The undo history goes while the libraries and the scene are still there: its records own restore data
     // and may pin objects of both. Left to the end of the process, nobody would free them.
     theHold.FlushUndoBuffer();

@@ -37,6 +37,7 @@ constexpr EventName kEvents[] = {
     {L"systemPostReset", NOTIFY_SYSTEM_POST_RESET},
     {L"systemPreNew", NOTIFY_SYSTEM_PRE_NEW},
     {L"systemPostNew", NOTIFY_SYSTEM_POST_NEW},
+    {L"preSystemShutdown", NOTIFY_SYSTEM_SHUTDOWN},
     {L"filePreOpen", NOTIFY_FILE_PRE_OPEN},
     {L"filePostOpen", NOTIFY_FILE_POST_OPEN},
     {L"filePreSave", NOTIFY_FILE_PRE_SAVE},

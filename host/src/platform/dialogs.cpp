@@ -203,8 +203,9 @@ void DialogWindows::Pop(DialogWindow* dialog) {
     running_.erase(std::remove(running_.begin(), running_.end(), dialog), running_.end());
 }
 
-INT_PTR RunDialog(const MaxResourceDialog& resource, HWND parent, DLGPROC proc, LPARAM param) {
-    DialogWindow dialog;
+std::unique_ptr<DialogWindow> BuildDialog(const MaxResourceDialog& resource, HWND parent, DLGPROC proc) {
+    auto built = std::make_unique<DialogWindow>();
+    DialogWindow& dialog = *built;
     dialog.resourceId = resource.id;
     dialog.parent = parent;
     dialog.proc = proc;
@@ -230,6 +231,12 @@ INT_PTR RunDialog(const MaxResourceDialog& resource, HWND parent, DLGPROC proc, 
         control->cy = t.cy;
         dialog.controls.push_back(std::move(control));
     }
+    return built;
+}
+
+INT_PTR RunDialog(const MaxResourceDialog& resource, HWND parent, DLGPROC proc, LPARAM param) {
+    const std::unique_ptr<DialogWindow> built = BuildDialog(resource, parent, proc);
+    DialogWindow& dialog = *built;
 
     DialogService& service = DialogService::Instance();
     if (Session::Instance().Quiet()) {

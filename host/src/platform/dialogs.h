@@ -25,6 +25,8 @@ struct DialogControl {
     UINT check = BST_UNCHECKED;
     LONG x = 0, y = 0, cx = 0, cy = 0;  // dialog units
     LONG_PTR userData = 0;
+    std::vector<std::wstring> items;  // a combo box's list
+    int selection = CB_ERR;           // the selected item of a combo box
 
     bool IsButton() const;
     DWORD ButtonType() const { return style & BS_TYPEMASK; }
@@ -68,6 +70,9 @@ public:
 private:
     std::vector<DialogWindow*> running_;
 };
+
+// Builds the dialog window of a template, not yet running (see DialogWindows::Push).
+std::unique_ptr<DialogWindow> BuildDialog(const MaxResourceDialog& resource, HWND parent, DLGPROC proc);
 
 // Builds the dialog from its template and runs it (DialogBoxParamW's work once the template is found).
 INT_PTR RunDialog(const MaxResourceDialog& resource, HWND parent, DLGPROC proc, LPARAM param);

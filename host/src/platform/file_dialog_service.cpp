@@ -67,6 +67,7 @@ std::size_t FileDialogService::PendingAnswers() const {
 std::optional<std::vector<std::wstring>> FileDialogService::Run(const FileDialogRequest& request) {
     FileDialogRecord record;
     record.request = request;
+    record.request.extension = nullptr;  // it lives only while the dialog runs
     std::vector<std::wstring> files;
     bool picked = false;
     Presenter presenter;

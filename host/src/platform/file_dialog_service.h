@@ -20,6 +20,36 @@
 
 namespace hostrt {
 
+// A plug-in's template in the dialog (a hook with OFN_ENABLETEMPLATE), as a presenter shows it: its controls,
+// and the user's actions on them passed to the plug-in's hook. What the hook then asks of the dialog (another
+// folder, confirming a typed name) waits here until the presenter takes it.
+class FileDialogExtension {
+public:
+    struct Control {
+        int id = 0;
+        std::wstring className;  // "Button", "Static", "ComboBox", ...
+        std::wstring text;
+        DWORD style = 0;
+        bool visible = true;
+        bool enabled = true;
+        std::vector<std::wstring> items;  // a combo box's list
+        int selection = -1;
+    };
+    virtual ~FileDialogExtension() = default;
+    // The template's controls as they stand, in template order, without the place-holder of the dialog's own.
+    virtual std::vector<Control> Controls() const = 0;
+    // The folder the dialog shows and the file name typed, as the user left them before an action.
+    virtual void SetCurrent(const std::wstring& folder, const std::wstring& name) = 0;
+    // The user picked item of the combo box id, or clicked the button id; the hook hears of it.
+    virtual void Choose(int id, int item) = 0;
+    virtual void Press(int id) = 0;
+    // What the hook asked: move to Folder() (true once per request); confirm with the typed Name().
+    virtual bool TakeFolderChange() = 0;
+    virtual bool TakeConfirm() = 0;
+    virtual std::wstring Folder() const = 0;
+    virtual std::wstring Name() const = 0;
+};
+
 // The dialog as the caller asked for it.
 struct FileDialogRequest {
     HWND owner = nullptr;
@@ -29,6 +59,9 @@ struct FileDialogRequest {
     DWORD flags = 0;                                              // OFN_xxx
     bool hasHook = false;
     bool hasTemplate = false;
+    // The plug-in's template with its hook, while the dialog runs (null without one, or when the template is
+    // not among the plug-in's resources).
+    FileDialogExtension* extension = nullptr;
 };
 
 // How a run ended.

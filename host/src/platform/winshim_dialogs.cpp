@@ -198,6 +198,34 @@ LRESULT SendMessageW(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) {
             case EM_SETREADONLY:
                 c->style = wParam ? (c->style | ES_READONLY) : (c->style & ~DWORD(ES_READONLY));
                 return TRUE;
+            case CB_ADDSTRING:
+                c->items.emplace_back(lParam ? reinterpret_cast<LPCWSTR>(lParam) : L"");
+                return LRESULT(c->items.size() - 1);
+            case CB_RESETCONTENT:
+                c->items.clear();
+                c->selection = CB_ERR;
+                c->text.clear();
+                return 0;
+            case CB_GETCOUNT: return LRESULT(c->items.size());
+            case CB_GETCURSEL: return c->selection;
+            case CB_SETCURSEL:
+                // An index out of the list clears the selection (and answers CB_ERR), as Windows does.
+                if (wParam < c->items.size()) {
+                    c->selection = int(wParam);
+                    c->text = c->items[wParam];
+                    return LRESULT(wParam);
+                }
+                c->selection = CB_ERR;
+                c->text.clear();
+                return CB_ERR;
+            case CB_GETLBTEXTLEN: return wParam < c->items.size() ? LRESULT(c->items[wParam].size()) : CB_ERR;
+            case CB_GETLBTEXT: {
+                // The caller's buffer holds the item: CB_GETLBTEXTLEN + 1 characters.
+                if (wParam >= c->items.size() || !lParam) return CB_ERR;
+                const std::wstring& item = c->items[wParam];
+                std::wmemcpy(reinterpret_cast<LPWSTR>(lParam), item.c_str(), item.size() + 1);
+                return LRESULT(item.size());
+            }
             default: return 0;
         }
     }

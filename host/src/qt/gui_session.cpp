@@ -8,6 +8,7 @@
 #include "platform/ui_state.h"
 #include "qt/host_main_window.h"
 #include "qt/qt_presenters.h"
+#include "qt/scaled_style.h"
 #include "qt/ui_automation.h"
 
 #include <QApplication>
@@ -21,6 +22,7 @@ GuiSession::GuiSession(int& argc, char** argv, float scale) {
         QFont font = QApplication::font();
         font.setPointSizeF(font.pointSizeF() * scale);
         QApplication::setFont(font);
+        QApplication::setStyle(new ScaledStyle(scale));  // the application owns it
     }
     Session::Instance().SetHasUserInterface(true);
     window_ = std::make_unique<HostMainWindow>();

@@ -15,7 +15,8 @@ namespace hostrt {
 
 class GuiSession {
 public:
-    // scale: the host's UI scale factor (1 = 100 %); it also scales the application's font.
+    // scale: the host's UI scale factor (1 = 100 %); it also scales the application's font and the marks of
+    // check boxes and radio buttons (ScaledStyle).
     GuiSession(int& argc, char** argv, float scale = 1.0f);
     ~GuiSession();
     GuiSession(const GuiSession&) = delete;

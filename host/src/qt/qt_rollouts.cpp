@@ -11,6 +11,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDoubleSpinBox>
 #include <QFontMetrics>
 #include <QGroupBox>
 #include <QLabel>
@@ -21,6 +22,7 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include <cmath>
 #include <functional>
 #include <map>
 
@@ -78,13 +80,36 @@ public:
         layout->addWidget(page, 0, Qt::AlignHCenter | Qt::AlignTop);
         for (int i = 0; i < dialog->numControls; ++i) Build(dialog->controls[i], page, units);
         Bind();
+        block_->SetMap(this);
         if (ParamMap2UserDlgProc* proc = desc->GetUserDlgProc()) proc->DlgProc(0, this, nullptr, WM_INITDIALOG, 0, 0);
     }
-    ~QtRollout() { delete box_; }
+    ~QtRollout() {
+        // A rollout closed by its block's end must not touch the block again.
+        if (!closed_ && block_->GetMap() == this) block_->SetMap(nullptr);
+        delete box_;
+    }
 
     IParamBlock2* GetParamBlock() override { return block_; }
     HWND GetHWnd() override { return nullptr; }
     QWidget* Widget() const { return box_; }
+
+    // The block changed (from a script, an undo, the plug-in itself): the controls show it once the change is
+    // over, one refresh for a burst of changes.
+    void Invalidate(ParamID, int) override {
+        if (refreshPending_) return;
+        refreshPending_ = true;
+        QTimer::singleShot(0, box_, [this] {
+            refreshPending_ = false;
+            if (!closed_) Refresh();
+        });
+    }
+
+    // The block is going away or its object is no longer edited.
+    void Close() {
+        if (block_->GetMap() == this) block_->SetMap(nullptr);
+        closed_ = true;
+        box_->hide();
+    }
 
     // Shows the block's current values.
     void Refresh() {
@@ -109,6 +134,16 @@ public:
                         radio->setChecked(k == value);
                 break;
             }
+            case PBControl::Spinner:
+                if (auto* spin = qobject_cast<QDoubleSpinBox*>(controls_[def.ui.ctrl_ids[0]]))
+                    spin->setValue(IsWhole(def) ? double(block_->GetInt(def.ID)) : double(block_->GetFloat(def.ID)));
+                break;
+            case PBControl::ComboBox:
+                if (auto* combo = qobject_cast<QComboBox*>(controls_[def.ui.ctrl_ids[0]])) {
+                    const int value = block_->GetInt(def.ID);
+                    combo->setCurrentIndex(value >= 0 && value < combo->count() ? value : -1);
+                }
+                break;
             default: break;
             }
         }
@@ -134,6 +169,8 @@ private:
             widget = edit;
         } else if (ClassIs(c, L"ComboBox")) {
             widget = new QComboBox(page);
+        } else if (ClassIs(c, L"SpinnerControl")) {
+            widget = new QWidget(page);  // the arrows of a spinner; its parameter binding makes the spin box
         } else {  // CustButton and other custom classes are buttons
             widget = new QPushButton(text, page);
         }
@@ -184,10 +221,65 @@ private:
                             if (on) Write(id, [this, id, k] { block_->SetValue(id, 0, k); });
                         });
                 break;
+            case PBControl::Spinner:
+                BindSpinner(def);
+                break;
+            case PBControl::ComboBox:
+                BindComboBox(def);
+                break;
             default: break;
             }
         }
         Refresh();
+    }
+
+    static bool IsWhole(const ParamDef& def) { return hostrt::KindOfType(def.type) == hostrt::ValueKind::Int; }
+
+    // The spinner's edit and arrows become one spin box over both places. Typing writes when the edit is left,
+    // each arrow step writes at once; either is one undo step. The block's range bounds it.
+    void BindSpinner(const ParamDef& def) {
+        QWidget* edit = controls_[def.ui.ctrl_ids[0]];
+        QWidget* arrows = def.ui.ctrl_ids.size() > 1 ? controls_[def.ui.ctrl_ids[1]] : nullptr;
+        if (!edit) return;
+        auto* spin = new QDoubleSpinBox(edit->parentWidget());
+        spin->setObjectName(edit->objectName());
+        spin->setGeometry(arrows ? edit->geometry().united(arrows->geometry()) : edit->geometry());
+        spin->setKeyboardTracking(false);
+        const bool whole = IsWhole(def);
+        const EditSpinnerType type = def.ui.spin_type;
+        spin->setDecimals(whole || type == EDITTYPE_INT || type == EDITTYPE_POS_INT ? 0 : 3);
+        const bool positive = type == EDITTYPE_POS_INT || type == EDITTYPE_POS_FLOAT;
+        constexpr double kUnbounded = 1.0e9;
+        spin->setRange(def.has_range ? double(def.range_low.AsFloat()) : positive ? 0.0 : -kUnbounded,
+                       def.has_range ? double(def.range_high.AsFloat()) : kUnbounded);
+        spin->setSingleStep(whole ? std::max(1.0, double(def.ui.spin_scale)) : double(def.ui.spin_scale));
+        for (int id : def.ui.ctrl_ids) controls_[id] = spin;
+        delete edit;
+        delete arrows;
+        const ParamID id = def.ID;
+        QObject::connect(spin, &QDoubleSpinBox::valueChanged, box_, [this, id, whole](double value) {
+            Write(id, [this, id, whole, value] {
+                if (whole) block_->SetValue(id, 0, int(std::lround(value)));
+                else block_->SetValue(id, 0, float(value));
+            });
+        });
+    }
+
+    // A drop-down list of the block description's item texts; item k is value k.
+    void BindComboBox(const ParamDef& def) {
+        auto* combo = qobject_cast<QComboBox*>(controls_[def.ui.ctrl_ids[0]]);
+        if (!combo) return;
+        ParamBlockDesc2* desc = block_->GetDesc();
+        HINSTANCE instance = desc->cd ? desc->cd->HInstance() : nullptr;
+        for (StringResID item : def.ui.item_ids) {
+            wchar_t text[512] = L"";
+            LoadStringW(instance, UINT(item), text, 512);
+            combo->addItem(QString::fromWCharArray(text));
+        }
+        const ParamID id = def.ID;
+        QObject::connect(combo, &QComboBox::currentIndexChanged, box_, [this, id](int index) {
+            if (index >= 0) Write(id, [this, id, index] { block_->SetValue(id, 0, index); });
+        });
     }
 
     // A button no parameter is bound to: the plug-in's rollout procedure hears it as Windows would tell it.
@@ -206,6 +298,7 @@ private:
     QGroupBox* box_ = nullptr;
     std::map<int, QWidget*> controls_;
     bool updating_ = false;
+    bool refreshPending_ = false;
 };
 
 QtRolloutPresenter::QtRolloutPresenter(QScrollArea* panel) : panel_(panel), column_(new QWidget) {
@@ -251,8 +344,7 @@ void QtRolloutPresenter::Open(IObjParam*, IParamBlock2* block) {
 void QtRolloutPresenter::Close(IObjParam*, IParamBlock2* block) {
     for (auto it = rollouts_.begin(); it != rollouts_.end(); ++it)
         if ((*it)->GetParamBlock() == block) {
-            (*it)->closed_ = true;
-            (*it)->Widget()->hide();
+            (*it)->Close();
             closed_.push_back(std::move(*it));
             rollouts_.erase(it);
             QTimer::singleShot(0, column_, [this] { closed_.clear(); });

@@ -1,7 +1,8 @@
 // hostrt::QtRolloutPresenter: the command panel of a graphical session. It shows the automatic rollouts of the
 // selected object's parameter blocks: each rollout's dialog template (from the plug-in's resources) built as Qt
 // widgets at its dialog-unit places, its controls bound to the block's parameters (check boxes, edits, radio
-// buttons; every change one undo step), and the other buttons passed to the plug-in's own rollout procedure.
+// buttons, spinners, combo boxes; every change one undo step; a change made elsewhere, by a script or an undo,
+// shows in the controls), and the other buttons passed to the plug-in's own rollout procedure.
 #pragma once
 
 #include "core/paramblock_rollouts.h"
