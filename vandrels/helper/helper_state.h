@@ -3,10 +3,12 @@
 #pragma once
 
 #include "helper/helper_layers.h"
+#include "helper/node_callback.h"
 #include "iparamb2.h"
 #include "object.h"
 
 #include <cstdint>
+#include <memory>
 
 class RefAnim;
 class RefNode;
@@ -16,7 +18,8 @@ struct VandrelsHelperState {
     IObjParam* editInterface = nullptr;   // while edited in the command panel
     HWND rolloutWindow = nullptr;         // the parameter rollout's window while edited
     int useNamePrefix = 0;                // copy of UseNamePrefix, taken whenever the block is attached
-    DWORD sceneEventKey = 0;              // key of the node-event callback registration
+    std::unique_ptr<NodeCallback> nodeCallback;  // the helper's node-event callback, registered while it lives
+    DWORD sceneEventKey = 0;              // key of that registration
     std::uint64_t fileTime = 0;           // last-write time of the reference file at the last load; 0 unknown
     Tab<RefAnim*> pendingRecords;         // animatable records to finish after the current load
     DWORD passCounter = 0;                // incremented after every collect pass over the records

@@ -54,7 +54,8 @@ VandrelsHelper::VandrelsHelper(BOOL loading) {
     } else {
         GetVandrelsHelperDesc()->MakeAutoParamBlocks(this);
     }
-    data_.sceneEventKey = GetISceneEventManager()->RegisterCallback(new NodeCallback(this));
+    data_.nodeCallback = std::make_unique<NodeCallback>(this);
+    data_.sceneEventKey = GetISceneEventManager()->RegisterCallback(data_.nodeCallback.get());
     RegisterNotification(OnLayerDeletedProc, this, NOTIFY_LAYER_DELETED);
     vandrels::RegisterModuleNotifications();
     vandrels::HelperRegistry().Append(this);
@@ -64,11 +65,7 @@ VandrelsHelper::~VandrelsHelper() {
     DeleteAllRefs();
     vandrels::HelperRegistry().Remove(this);
     vandrels::LoadedHelpers().Remove(this);
-    if (ISceneEventManager* events = GetISceneEventManager()) {
-        INodeEventCallback* callback = events->GetCallbackByKey(data_.sceneEventKey);
-        events->UnRegisterCallback(data_.sceneEventKey);
-        delete callback;
-    }
+    if (ISceneEventManager* events = GetISceneEventManager()) events->UnRegisterCallback(data_.sceneEventKey);
     UnRegisterNotification(OnLayerDeletedProc, this);
     freeLists();
 }

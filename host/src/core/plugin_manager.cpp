@@ -2,6 +2,7 @@
 #include "plugin_manager.h"
 
 #include "class_directory.h"
+#include "hold.h"
 #include "notify.h"
 
 #include <dlfcn.h>
@@ -127,6 +128,9 @@ void PluginManager::Shutdown() {
     // Whatever kind of session ends (a script run, the listener, the window), what was started hears the end
     // before the libraries shut down.
     if (started_) BroadcastNotification(NOTIFY_SYSTEM_SHUTDOWN);
+    // The undo history goes while the libraries and the scene are still there: its records own restore data
+    // and may pin objects of both. Left to the end of the process, nobody would free them.
+    theHold.FlushUndoBuffer();
     for (auto it = libs_.rbegin(); it != libs_.rend(); ++it)
         if (it->shutdown) it->shutdown();
 }

@@ -32,8 +32,8 @@ public:
     bool LoadLibrary(const std::filesystem::path& file, std::string& problem);
     // Broadcasts system start-up (once) after the libraries are loaded.
     void Startup();
-    // Ends the session (once): broadcasts the shutdown notification when the libraries were started, then calls
-    // every library's LibShutdown, last loaded first.
+    // Ends the session (once): broadcasts the shutdown notification when the libraries were started, empties the
+    // undo history, then calls every library's LibShutdown, last loaded first.
     void Shutdown();
 
     const std::vector<LoadedLibrary>& Libraries() const { return libs_; }

@@ -28,7 +28,8 @@ bool MaterialEditorSlots::Put(MtlBase* m, int slot) {
 }
 
 void MaterialEditorSlots::SetReference(int i, RefTargetHandle target) {
-    if (i >= 0 && i < kNumSlots) slots_[i] = static_cast<MtlBase*>(target);
+    // A damaged scene file can name any object for a slot: what is no material leaves the slot empty.
+    if (i >= 0 && i < kNumSlots) slots_[i] = dynamic_cast<MtlBase*>(target);
 }
 
 RefTargetHandle MaterialEditorSlots::Clone(RemapDir& remap) {
