@@ -471,7 +471,8 @@ struct ShotRunner::State {
             if (Changeable(id, prop)) pick = {id, prop};
         }
         if (!pick) return Skip("change the reference file with no node free to change");
-        auto [id, prop] = *pick;
+        const auto id = pick->first;
+        const auto prop = pick->second;
         NodeDesc& n = files[id.ref].nodes[id.index];
         const std::uint32_t a = st.draw[2];
         if (prop == "wire") n.wire = a & 0xFFFFFF;
@@ -552,7 +553,7 @@ std::string ShotRunner::SetUpScript() const {
 
 std::optional<Failure> ShotRunner::Run(const std::vector<int>& steps, std::vector<std::string>* log) {
     State s{scenario_, folder_, options_, scenario_.files, {}, {}, {}, {}, {}, log, {}, -1};
-    auto finish = [&s, this] {
+    auto finish = [&s] {
         for (std::size_t r = 0; r < s.files.size(); ++r) std::filesystem::remove(s.FilePath(static_cast<int>(r)));
         std::filesystem::remove(s.ShotPath());
         return s.failure;

@@ -22,7 +22,7 @@ public:
 
     const std::wstring& Name() const { return name_; }
     std::vector<std::wstring> FunctionNames() const;
-    std::vector<std::wstring> PropertyNames() const;
+    std::vector<std::wstring> PropertyNames() const override;
 
     std::wstring ClassName() const override { return L"Interface"; }
     std::wstring Describe() const override { return L"<Interface:" + name_ + L">"; }
