@@ -46,17 +46,28 @@ void WithNextFileDialog(const std::function<void(QFileDialog&)>& answer, const s
     bool answered = false;
     QTimer poll;
     poll.setInterval(10);
+    QString unexpected;
     QObject::connect(&poll, &QTimer::timeout, [&] {
-        auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-        if (!dialog || !dialog->isVisible() || answered) return;
+        QWidget* modal = QApplication::activeModalWidget();
+        if (!modal || !modal->isVisible()) return;
+        auto* dialog = qobject_cast<QFileDialog*>(modal);
+        if (!dialog || answered) {
+            // Any other window that waits for an answer would hold the test forever: close it and fail.
+            if (auto* box = qobject_cast<QDialog*>(modal)) {
+                unexpected = box->windowTitle();
+                box->reject();
+            }
+            return;
+        }
         answered = true;
-        poll.stop();
         answer(*dialog);
         if (dialog->isVisible()) dialog->reject();  // an answer that did not end the dialog: Cancel
     });
     poll.start();
     run();
+    poll.stop();
     EXPECT_TRUE(answered) << "no file dialog opened";
+    EXPECT_TRUE(unexpected.isEmpty()) << "an unexpected dialog opened: " << unexpected.toStdString();
 }
 
 void WindowTest::SetUp() {
