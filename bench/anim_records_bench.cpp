@@ -38,20 +38,6 @@ constexpr SClass_ID kAnimRecordSuperClass = 0x8663DFA8;
 
 Interface* ip() { return GetCOREInterface(); }
 
-void loadPlugin(const fs::path& folder) {
-    auto& manager = hostrt::PluginManager::Instance();
-    std::string problem;
-    const fs::path file = folder / "Vandrels.dlo";
-    if (!manager.LoadLibrary(file, problem)) throw std::runtime_error(file.string() + ": " + problem);
-    manager.Startup();
-}
-
-void run(const std::wstring& text) {
-    FPValue value;
-    if (!ExecuteMAXScriptScript(text.c_str(), MAXScript::ScriptSource::Embedded, TRUE, &value, TRUE))
-        throw std::runtime_error("the script failed: " + WStr(text.c_str()).ToUTF8());
-}
-
 double cleanStart() {
     theHold.FlushUndoBuffer();
     ip()->FileReset(TRUE);

@@ -1,5 +1,7 @@
 #include "bench_scene.h"
 
+#include "core/plugin_manager.h"
+
 #include "ilayer.h"
 #include "imtl.h"
 #include "iparamb2.h"
@@ -126,6 +128,21 @@ void collectNodes(INode* parent, INodeTab& out) {
         out.Append(child);
         collectNodes(child, out);
     }
+}
+
+void loadPlugin(const std::filesystem::path& folder) {
+    auto& manager = hostrt::PluginManager::Instance();
+    std::string problem;
+    const std::filesystem::path file = folder / "Vandrels.dlo";
+    if (!manager.LoadLibrary(file, problem)) throw std::runtime_error(file.string() + ": " + problem);
+    manager.Startup();
+}
+
+FPValue run(const std::wstring& text) {
+    FPValue value;
+    if (!ExecuteMAXScriptScript(text.c_str(), MAXScript::ScriptSource::Embedded, TRUE, &value, TRUE))
+        throw std::runtime_error("the script failed: " + WStr(text.c_str()).ToUTF8());
+    return value;
 }
 
 }  // namespace bench

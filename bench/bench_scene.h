@@ -3,8 +3,11 @@
 #pragma once
 
 #include "inode.h"
+#include "maxscript/maxscript.h"
 
+#include <filesystem>
 #include <functional>
+#include <string>
 
 namespace bench {
 
@@ -28,6 +31,11 @@ void releaseFreeMemory();
 // Wall-clock seconds that run takes.
 double seconds(const std::function<void()>& run);
 double perNodeMicros(double s, int nodes);
+
+// Loads Vandrels.dlo from folder the way the host loads its plug-ins at start-up; throws std::runtime_error.
+void loadPlugin(const std::filesystem::path& folder);
+// Runs a MAXScript text and answers its value; throws std::runtime_error when the script fails.
+FPValue run(const std::wstring& text);
 
 // Every node below parent, parents before their children.
 void collectNodes(INode* parent, INodeTab& out);

@@ -36,22 +36,6 @@ using namespace bench;
 
 Interface* ip() { return GetCOREInterface(); }
 
-// Loads Vandrels.dlo from folder the way the host loads its plug-ins at start-up.
-void loadPlugin(const fs::path& folder) {
-    auto& manager = hostrt::PluginManager::Instance();
-    std::string problem;
-    const fs::path file = folder / "Vandrels.dlo";
-    if (!manager.LoadLibrary(file, problem)) throw std::runtime_error(file.string() + ": " + problem);
-    manager.Startup();
-}
-
-FPValue run(const std::wstring& text) {
-    FPValue value;
-    if (!ExecuteMAXScriptScript(text.c_str(), MAXScript::ScriptSource::Embedded, TRUE, &value, TRUE))
-        throw std::runtime_error("the script failed: " + WStr(text.c_str()).ToUTF8());
-    return value;
-}
-
 int runInt(const std::wstring& text) {
     FPValue value = run(text);
     if (value.type != TYPE_INT) throw std::runtime_error("the script answered no number: " + WStr(text.c_str()).ToUTF8());
