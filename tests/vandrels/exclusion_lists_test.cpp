@@ -41,9 +41,7 @@ protected:
 
     void SetUp() override {
         SceneTest::SetUp();
-        reference_ = MSTR::FromUTF8((std::filesystem::temp_directory_path() /
-                                     ("vandrels_exclusions_ref_" + std::to_string(::getpid()) + ".max"))
-                                        .string());
+        reference_ = vtest::TempSceneFile("vandrels_exclusions_ref");
         Script(L"Vandrels.PrintTimes false");
         Script(L"box name:\"Lit\"; box name:\"Dark\"; saveMaxFile @\"" + std::wstring(reference_.data()) + L"\"");
         GetCOREInterface()->FileReset(TRUE);

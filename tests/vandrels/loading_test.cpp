@@ -54,9 +54,7 @@ protected:
     Loading() : SceneTest("vandrels_loading") {}
     void SetUp() override {
         SceneTest::SetUp();
-        reference_ = MSTR::FromUTF8(
-            (std::filesystem::temp_directory_path() / ("vandrels_loading_ref_" + std::to_string(::getpid()) + ".max"))
-                .string());
+        reference_ = vtest::TempSceneFile("vandrels_loading_ref");
         hostrt::DialogService::Instance().Reset();
         Script(L"Vandrels.PrintTimes false");
     }

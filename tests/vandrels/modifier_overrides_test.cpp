@@ -57,9 +57,7 @@ protected:
 
     void SetUp() override {
         SceneTest::SetUp();
-        reference_ = MSTR::FromUTF8((std::filesystem::temp_directory_path() /
-                                     ("vandrels_mods_ref_" + std::to_string(::getpid()) + ".max"))
-                                        .string());
+        reference_ = vtest::TempSceneFile("vandrels_mods_ref");
         Script(L"Vandrels.PrintTimes false");
         // Crate: Taper over Bend; Pair: two modifiers named Bend.
         WriteReference(L"addModifier c (bend name:\"Bend\"); addModifier c (taper name:\"Taper\")");

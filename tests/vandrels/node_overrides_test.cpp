@@ -50,9 +50,7 @@ protected:
 
     void SetUp() override {
         SceneTest::SetUp();
-        reference_ = MSTR::FromUTF8((std::filesystem::temp_directory_path() /
-                                     ("vandrels_overrides_ref_" + std::to_string(::getpid()) + ".max"))
-                                        .string());
+        reference_ = vtest::TempSceneFile("vandrels_overrides_ref");
         Script(L"Vandrels.PrintTimes false");
         Script(L"b = box name:\"Crate\" wirecolor:(color 10 20 30); addModifier b (bend()); sphere name:\"Ball\" parent:b; "
                L"omniLight name:\"Lamp\"; saveMaxFile " + Quoted(reference_));

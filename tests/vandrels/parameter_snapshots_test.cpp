@@ -54,9 +54,7 @@ protected:
 
     void SetUp() override {
         SceneTest::SetUp();
-        reference_ = MSTR::FromUTF8((std::filesystem::temp_directory_path() /
-                                     ("vandrels_param_snapshots_ref_" + std::to_string(::getpid()) + ".max"))
-                                        .string());
+        reference_ = vtest::TempSceneFile("vandrels_param_snapshots_ref");
         Script(L"Vandrels.PrintTimes false");
         WriteReference(L"");
         Script(L"Vandrels.AddVandrel " + Quoted(reference_));

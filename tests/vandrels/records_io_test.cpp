@@ -60,9 +60,7 @@ protected:
         hostrt::RegisterBuiltinClasses();
         vtest::VandrelsLibrary();
         hostrt::Scene::Instance().ResetScene();
-        file_ = MSTR::FromUTF8(
-            (std::filesystem::temp_directory_path() / ("vandrels_records_" + std::to_string(::getpid()) + ".max"))
-                .string());
+        file_ = vtest::TempSceneFile("vandrels_records");
     }
     void TearDown() override {
         hostrt::Scene::Instance().ResetScene();

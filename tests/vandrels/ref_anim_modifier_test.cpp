@@ -79,9 +79,7 @@ protected:
 
     void SetUp() override {
         SceneTest::SetUp();
-        reference_ = MSTR::FromUTF8((std::filesystem::temp_directory_path() /
-                                     ("vandrels_refanim_mods_ref_" + std::to_string(::getpid()) + ".max"))
-                                        .string());
+        reference_ = vtest::TempSceneFile("vandrels_refanim_mods_ref");
         Script(L"Vandrels.PrintTimes false");
         // Bent: a bend under a taper (the bend counts first from the bottom of the stack).
         Script(L"b = box name:\"Bent\"; addModifier b (bend()); addModifier b (taper()); saveMaxFile @\"" +

@@ -74,9 +74,7 @@ protected:
     SceneEvents() : SceneTest("vandrels_scene_events") {}
     void SetUp() override {
         SceneTest::SetUp();
-        reference_ = MSTR::FromUTF8((std::filesystem::temp_directory_path() /
-                                     ("vandrels_scene_events_ref_" + std::to_string(::getpid()) + ".max"))
-                                        .string());
+        reference_ = vtest::TempSceneFile("vandrels_scene_events_ref");
         Script(L"Vandrels.PrintTimes false");
         // A helper makes the library listen to the host's scene events.
         Script(L"Vandrels.AddVandrel \"listener.max\" load:false");

@@ -26,8 +26,7 @@ protected:
     SceneInfo() : SceneTest("vandrels_scene_info") {}
     void SetUp() override {
         SceneTest::SetUp();
-        set_ = MSTR::FromUTF8((fs::temp_directory_path() / ("vandrels_info_set_" + std::to_string(::getpid()) + ".max"))
-                                  .string());
+        set_ = vtest::TempSceneFile("vandrels_info_set");
         Script(L"Vandrels.PrintTimes false");
     }
     void TearDown() override {

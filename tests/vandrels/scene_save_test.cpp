@@ -110,9 +110,7 @@ protected:
     SceneSave() : SceneTest("vandrels_scene_save") {}
     void SetUp() override {
         SceneTest::SetUp();
-        reference_ = MSTR::FromUTF8(
-            (std::filesystem::temp_directory_path() / ("vandrels_save_ref_" + std::to_string(::getpid()) + ".max"))
-                .string());
+        reference_ = vtest::TempSceneFile("vandrels_save_ref");
         hostrt::DialogService::Instance().Reset();
         Script(L"Vandrels.PrintTimes false; Vandrels.SetSaveRefsAsMerged false; Vandrels.SetMergeForNetworkRender false");
     }

@@ -86,9 +86,7 @@ protected:
     SlotLayoutFiles() : SceneTest("vandrels_slot_layouts") {}
     void SetUp() override {
         SceneTest::SetUp();
-        reference_ = MSTR::FromUTF8((std::filesystem::temp_directory_path() /
-                                     ("vandrels_slot_layouts_ref_" + std::to_string(::getpid()) + ".max"))
-                                        .string());
+        reference_ = vtest::TempSceneFile("vandrels_slot_layouts_ref");
         vtest::Script(L"Vandrels.PrintTimes false; Vandrels.SetSaveRefsAsMerged false");
     }
     void TearDown() override {

@@ -45,8 +45,12 @@ void SceneTest::SetUp() {
     hostrt::RegisterBuiltinClasses();
     GetCOREInterface()->FileReset(TRUE);
     theHold.FlushUndoBuffer();
-    file_ = MSTR::FromUTF8(
-        (std::filesystem::temp_directory_path() / (stem_ + "_" + std::to_string(::getpid()) + ".max")).string());
+    file_ = TempSceneFile(stem_);
+}
+
+MSTR TempSceneFile(const std::string& stem) {
+    return MSTR::FromUTF8(
+        (std::filesystem::temp_directory_path() / (stem + "_" + std::to_string(::getpid()) + ".max")).string());
 }
 
 void SceneTest::TearDown() {

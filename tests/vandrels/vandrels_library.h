@@ -27,6 +27,8 @@ private:
     std::string stem_;
 };
 
+// A scene file name in the temporary folder, unique to this process: stem + "_" + pid + ".max".
+MSTR TempSceneFile(const std::string& stem);
 // Runs MAXScript text (the test fails when it fails) and answers its value.
 FPValue Script(const std::wstring& text);
 // The integer a MAXScript expression answers (-1, and a failure, when it answers something else).
